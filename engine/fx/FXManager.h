@@ -40,7 +40,8 @@ public:
     virtual bool addMaterial(boost::shared_ptr<scene::Material> material);
 
     /// Empty when the material's effect is not one of a scene.
-    virtual boost::shared_ptr<FXSceneEffect> addSceneEffectInstance(boost::shared_ptr<scene::Material> material);
+    virtual boost::shared_ptr<FXSceneEffect>
+    addSceneEffectInstance(boost::shared_ptr<scene::Material> material);
 
     /// The same object each time; empty for an unknown ID.
     virtual boost::shared_ptr<FXEffect> getFXEffect(std::string id);

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "engine/Export.h"
+
+#include <Eigen/Core>
+#include <Eigen/Geometry>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace halvern::scene {
+
+class Node;
+
+/// Triangles, lines or points in the coordinates of the node that carries them. Never changed once it is
+/// on a node, so readers on any thread share it. Per-vertex arrays are either empty or as long as
+/// `positions`; every index is smaller than that.
+struct Mesh
+{
+    enum class Primitive { Points, Lines, Triangles };
+
+    std::string name;
+    Primitive primitive = Primitive::Triangles;
+    std::vector<Eigen::Vector3f> positions;
+    std::vector<Eigen::Vector3f> normals;
+    std::vector<Eigen::Vector2f> texCoords; ///< (0, 0) is the first row, first column of an Image
+    std::vector<Eigen::Vector4f> colors;    ///< RGBA, 0 to 1
+    std::vector<uint32_t> indices;          ///< 1, 2 or 3 for each primitive
+    Eigen::AlignedBox3f bounds;
+};
+
+/// The geometries of a node, in the order of their indices ("first" of Node::setMaterial). The material
+/// of geometry i is that of (i, 0). Any thread.
+HALVERN_SCENE_API void setGeometries(Node& node, std::vector<std::shared_ptr<const Mesh>> geometries);
+HALVERN_SCENE_API std::vector<std::shared_ptr<const Mesh>> getGeometries(const Node& node);
+
+} // namespace halvern::scene
