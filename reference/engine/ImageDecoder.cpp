@@ -87,7 +87,7 @@ scene::Image decodeImage(const std::vector<uint8_t>& encoded, const std::string&
     if (!reader || encoded.empty())
         return {};
     std::istringstream stream(std::string(reinterpret_cast<const char*>(encoded.data()), encoded.size()));
-    const osgDB::ReaderWriter::ReadResult result = reader->readImage(stream, nullptr);
+    osgDB::ReaderWriter::ReadResult result = reader->readImage(stream, nullptr);
     if (!result.validImage())
         return {};
     return toSceneImage(*result.getImage());
