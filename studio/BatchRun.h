@@ -1,0 +1,35 @@
+#pragma once
+
+#include "studio/Options.h"
+#include "studio/Report.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+
+namespace halvern::studio {
+
+class MainWindow;
+struct LoadedScene;
+
+/// What scripts ask for: so many frames of the first model, then the screenshots, the report and the end.
+class BatchRun : public QObject
+{
+    Q_OBJECT
+public:
+    BatchRun(const Options& options, MainWindow* window);
+
+private slots:
+    void start(const halvern::studio::LoadedScene& loaded);
+    void count();
+    void finish();
+
+private:
+    bool saveScreenshots() const;
+
+    const Options options;
+    MainWindow* const window;
+    Report report;
+    QElapsedTimer timer;
+};
+
+} // namespace halvern::studio

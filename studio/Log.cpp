@@ -1,0 +1,7 @@
+#include "studio/Log.h"
+
+namespace halvern::studio {
+
+Q_LOGGING_CATEGORY(log, "halvern.studio", QtInfoMsg)
+
+} // namespace halvern::studio

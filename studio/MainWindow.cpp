@@ -1,0 +1,203 @@
+#include "studio/MainWindow.h"
+
+#include "qt/QtView.h"
+#include "studio/FrameDriver.h"
+#include "studio/Log.h"
+#include "studio/RecentFiles.h"
+#include "studio/Session.h"
+
+#include <QCoreApplication>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QLabel>
+#include <QLocale>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QSettings>
+#include <QStatusBar>
+#include <QVBoxLayout>
+
+namespace halvern::studio {
+
+namespace {
+
+const char GeometryKey[] = "geometry";
+const int ProgressDelay = 250; // milliseconds
+
+QString describe(const scene::ImportCounts& counts)
+{
+    const QLocale english(QLocale::English);
+    return QString("%1 nodes, %2 triangles")
+        .arg(english.toString(counts.nodes), english.toString(qulonglong(counts.triangles)));
+}
+
+} // namespace
+
+MainWindow::MainWindow(SceneLoader* newLoader, bool newRemembers) : loader(newLoader), remembers(newRemembers)
+{
+    createView();
+    createMenus();
+    createStatusBar();
+    connectLoader();
+
+    setWindowTitle(tr("Halvern Studio"));
+    resize(1280, 800);
+    if (remembers)
+        restoreGeometry(QSettings().value(GeometryKey).toByteArray());
+}
+
+void MainWindow::createView()
+{
+    view = new qt::QtView(nullptr, "View");
+    view->setObjectName("Halvern_Rendering_QtView");
+    session = new Session(view);
+    session->setParent(this);
+    frameDriver = new FrameDriver(
+        view, [this] { return session->isMoving(); }, view->getUpdateFrequency());
+
+    auto* central = new QWidget;
+    auto* layout = new QVBoxLayout(central);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(view);
+    setCentralWidget(central);
+}
+
+void MainWindow::createMenus()
+{
+    QMenu* file = menuBar()->addMenu(tr("&File"));
+    file->addAction(tr("&Open..."), this, &MainWindow::chooseFile, QKeySequence::Open);
+    recentFiles = new RecentFiles(tr("Open &Recent"), this);
+    recentFiles->menuAction()->setVisible(remembers);
+    connect(recentFiles, &RecentFiles::chosen, loader, &SceneLoader::load);
+    file->addMenu(recentFiles);
+    file->addSeparator();
+    file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(Qt::CTRL | Qt::Key_Q));
+
+    QMenu* help = menuBar()->addMenu(tr("&Help"));
+    help->addAction(tr("&About Halvern Studio"), this, &MainWindow::about);
+}
+
+void MainWindow::createStatusBar()
+{
+    counts = new QLabel;
+    note = new QLabel;
+    progress = new QProgressBar;
+    progress->setMaximumWidth(240);
+    progress->hide();
+    cancel = new QPushButton(tr("Cancel"));
+    cancel->hide();
+    progressDelay.setSingleShot(true);
+    statusBar()->addWidget(counts);
+    statusBar()->addPermanentWidget(note);
+    statusBar()->addPermanentWidget(progress);
+    statusBar()->addPermanentWidget(cancel);
+}
+
+void MainWindow::connectLoader()
+{
+    connect(loader, &SceneLoader::started, this, &MainWindow::showStart);
+    connect(loader, &SceneLoader::progressed, progress, &QProgressBar::setValue);
+    connect(loader, &SceneLoader::loaded, this, &MainWindow::showLoaded);
+    connect(loader, &SceneLoader::failed, this, &MainWindow::showFailure);
+    connect(loader, &SceneLoader::cancelled, this, &MainWindow::showCancelled);
+    connect(cancel, &QPushButton::clicked, loader, &SceneLoader::cancel);
+    connect(&progressDelay, &QTimer::timeout, progress, &QWidget::show);
+    connect(&progressDelay, &QTimer::timeout, cancel, &QWidget::show);
+    if (loader->isLoading())
+        startLoading(loader->getFile());
+}
+
+void MainWindow::chooseFile()
+{
+    auto* dialog = new QFileDialog(this, tr("Open a model"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    connect(dialog, &QFileDialog::fileSelected, loader, &SceneLoader::load);
+    dialog->open();
+}
+
+void MainWindow::about()
+{
+    auto* box = new QMessageBox(QMessageBox::NoIcon, tr("About Halvern Studio"),
+                                tr("<h3>Halvern Studio %1</h3><p>Shows and edits 3D scenes with the widgets "
+                                   "of halvern_qt.</p>")
+                                    .arg(QCoreApplication::applicationVersion()),
+                                QMessageBox::Ok, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->open();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event)
+{
+    if (remembers)
+        QSettings().setValue(GeometryKey, saveGeometry());
+    QMainWindow::closeEvent(event);
+}
+
+void MainWindow::showStart(const QString& file)
+{
+    endLoading({});
+    startLoading(file);
+}
+
+void MainWindow::showLoaded(const LoadedScene& loaded)
+{
+    endLoading({});
+    session->open(loaded.scene.sceneManager);
+    setWindowTitle(tr("%1 - Halvern Studio").arg(QFileInfo(loaded.file).fileName()));
+    counts->setText(describe(loaded.scene.counts));
+    showWarnings(loaded.scene.warnings);
+    if (remembers)
+        recentFiles->add(loaded.file);
+    emit opened(loaded);
+}
+
+void MainWindow::showWarnings(const std::vector<std::string>& warnings)
+{
+    QStringList texts;
+    for (const std::string& warning : warnings) {
+        texts.append(QString::fromStdString(warning));
+        qCWarning(log).noquote() << texts.last();
+    }
+    if (!texts.isEmpty())
+        note->setText(texts.size() == 1 ? texts.first() : tr("%1 warnings").arg(texts.size()));
+    note->setToolTip(texts.join('\n'));
+}
+
+void MainWindow::showFailure(const QString& message)
+{
+    const bool isFirst = first;
+    endLoading({});
+    if (isFirst)
+        return emit nothingToShow(message);
+    auto* box = new QMessageBox(QMessageBox::Warning, tr("Halvern Studio"), message, QMessageBox::Ok, this);
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setTextFormat(Qt::PlainText);
+    box->open();
+}
+
+void MainWindow::showCancelled()
+{
+    endLoading(tr("Cancelled"));
+}
+
+void MainWindow::startLoading(const QString& file)
+{
+    note->setText(tr("Opening %1").arg(QFileInfo(file).fileName()));
+    note->setToolTip({});
+    progress->setValue(0);
+    progressDelay.start(ProgressDelay);
+}
+
+void MainWindow::endLoading(const QString& newNote)
+{
+    first = false;
+    progressDelay.stop();
+    progress->hide();
+    cancel->hide();
+    note->setText(newNote);
+}
+
+} // namespace halvern::studio

@@ -1,0 +1,128 @@
+#include "studio/SceneLoader.h"
+
+#include "reference/engine/ImageDecoder.h"
+
+#include <QElapsedTimer>
+
+#include <atomic>
+
+namespace halvern::studio {
+
+struct SceneLoader::Job
+{
+    explicit Job(QString newFile) : file(std::move(newFile)) {}
+
+    const QString file;
+    std::atomic<bool> cancelled{false};
+    std::atomic<int> percent{0};
+    std::atomic<bool> percentPosted{false};
+};
+
+SceneLoader::SceneLoader(Import newImport) : import(std::move(newImport)) {}
+
+SceneLoader::~SceneLoader()
+{
+    drop();
+    threads.clear();
+}
+
+void SceneLoader::load(const QString& file)
+{
+    drop();
+    threads.remove_if([](const std::future<void>& thread) {
+        return thread.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    });
+    current = std::make_shared<Job>(file);
+    threads.push_back(std::async(std::launch::async, [this, job = current] { run(job); }));
+    emit started(file);
+}
+
+bool SceneLoader::isLoading() const
+{
+    return current != nullptr;
+}
+
+QString SceneLoader::getFile() const
+{
+    return current ? current->file : QString();
+}
+
+bool SceneLoader::stop(std::chrono::milliseconds patience)
+{
+    drop();
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    for (const std::future<void>& thread : threads)
+        if (thread.wait_until(deadline) != std::future_status::ready)
+            return false;
+    return true;
+}
+
+void SceneLoader::cancel()
+{
+    if (!current)
+        return;
+    drop();
+    emit cancelled();
+}
+
+void SceneLoader::run(const std::shared_ptr<Job>& job)
+{
+    scene::ImportOptions options;
+    options.decodeImage = engine::decodeImage;
+    options.progress = [&](float share) {
+        report(job, share);
+        return !job->cancelled;
+    };
+    try {
+        QElapsedTimer timer;
+        timer.start();
+        LoadedScene result{job->file, import(job->file.toStdString(), options), 0};
+        result.milliseconds = timer.nsecsElapsed() / 1e6;
+        finish(job, [this, result] { emit loaded(result); });
+    } catch (const scene::ImportCancelled&) {
+        // Only cancel() does that, and it has told already.
+    } catch (const scene::ImportError& error) {
+        finish(job, [this, message = QString::fromStdString(error.what())] { emit failed(message); });
+    } catch (const std::exception& error) {
+        const QString message = QString("%1: %2").arg(job->file, error.what());
+        finish(job, [this, message] { emit failed(message); });
+    }
+}
+
+void SceneLoader::report(const std::shared_ptr<Job>& job, float share)
+{
+    job->percent = static_cast<int>(share * 100);
+    if (job->percentPosted.exchange(true))
+        return;
+    post(job, [this, job] {
+        job->percentPosted = false;
+        emit progressed(job->percent);
+    });
+}
+
+void SceneLoader::post(const std::shared_ptr<Job>& job, std::function<void()> function)
+{
+    const auto call = [this, job, function = std::move(function)] {
+        if (job == current)
+            function();
+    };
+    QMetaObject::invokeMethod(this, call, Qt::QueuedConnection);
+}
+
+void SceneLoader::finish(const std::shared_ptr<Job>& job, std::function<void()> announce)
+{
+    post(job, [this, announce = std::move(announce)] {
+        current.reset();
+        announce();
+    });
+}
+
+void SceneLoader::drop()
+{
+    if (!current)
+        return;
+    current->cancelled = true;
+    current.reset();
+}
+
+} // namespace halvern::studio

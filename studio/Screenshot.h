@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+namespace halvern::studio {
+
+/// Saves a widget as it is on screen, what other programs draw over it left out, as PNG whatever the
+/// file's name. False when the file cannot be written.
+bool saveScreenshot(const QWidget& widget, const QString& fileName);
+
+} // namespace halvern::studio

@@ -1,0 +1,99 @@
+#include "qt/QtView.h"
+#include "studio/BatchRun.h"
+#include "studio/Exit.h"
+#include "studio/MainWindow.h"
+#include "studio/Options.h"
+#include "studio/ProcessClock.h"
+#include "studio/SceneLoader.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+
+using namespace halvern::studio;
+
+namespace {
+
+const char Version[] = HALVERN_VERSION;
+
+/// Works before there is an application object, which wants a display.
+QStringList toStrings(int argc, char** argv)
+{
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments.append(QString::fromUtf8(argv[i]));
+    return arguments;
+}
+
+int showText(const Options& options, int argc, char** argv)
+{
+    QCoreApplication application(argc, argv);
+    if (options.action == Options::Action::Help)
+        std::fputs(qPrintable(helpText()), stdout);
+    else
+        printLine(stdout, QByteArray("halvern-studio ") + Version);
+    return ExitDone;
+}
+
+/// Where the program is installed, or where it was built.
+QString showcaseFile()
+{
+    const QDir folder = QFileInfo("/proc/self/exe").canonicalPath();
+    const QString installed = folder.absoluteFilePath(HALVERN_DATA_FROM_BIN "/scenes/showcase.glb");
+    return QFileInfo::exists(installed) ? installed : HALVERN_SOURCE_DATA "/scenes/showcase.glb";
+}
+
+int fail(const QString& message, ExitCode code)
+{
+    printLine(stderr, "halvern-studio: " + message.toUtf8());
+    return code;
+}
+
+int run(const Options& options, SceneLoader& loader)
+{
+    MainWindow window(&loader, !options.isBatch());
+    if (options.size.isValid())
+        window.resize(options.size);
+    window.getView()->setShowStats(options.stats);
+    if (options.isBatch())
+        new BatchRun(options, &window);
+    QObject::connect(&window, &MainWindow::nothingToShow,
+                     [](const QString& message) { QCoreApplication::exit(fail(message, ExitFile)); });
+
+    window.show();
+    if (!window.getView()->isValid())
+        return fail("this display has no OpenGL", ExitNoOpenGL);
+    return QApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    millisecondsSinceProcessStart();
+    Options options;
+    try {
+        options = parseOptions(toStrings(argc, argv));
+    } catch (const OptionError& error) {
+        return fail(QString("%1\nTry --help.").arg(error.what()), ExitUsage);
+    }
+    if (options.action != Options::Action::Run)
+        return showText(options, argc, argv);
+
+    // First of all, so that the model is read while the window comes up.
+    SceneLoader loader;
+    loader.load(options.file.isEmpty() ? showcaseFile() : options.file);
+
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QCoreApplication::setOrganizationName("halvern");
+    QCoreApplication::setApplicationName("studio");
+    QCoreApplication::setApplicationVersion(Version);
+    QApplication application(argc, argv);
+    const int code = run(options, loader);
+    if (!loader.stop(std::chrono::milliseconds(100))) {
+        // An importer that does not notice the end must not hold it up, nor run into torn down statics.
+        std::fflush(nullptr);
+        std::_Exit(code);
+    }
+    return code;
+}
