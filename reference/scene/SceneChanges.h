@@ -23,9 +23,10 @@ public:
         Children = 4,
         Materials = 8,
         Geometries = 16,
-        Instances = 32 ///< lights or cameras were added
+        Instances = 32, ///< lights or cameras were added
+        Entered = 64 ///< came, or came back, into the scene with all below it: what was known of them is old
     };
-    /// What changed of the scene.
+    /// What changed of the scene. Root stands for every node below the new root too.
     enum SceneChange : unsigned {
         Root = 1,
         LightValues = 2,

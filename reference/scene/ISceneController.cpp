@@ -1,0 +1,7 @@
+#include "engine/scene/ISceneController.h"
+
+namespace halvern::scene {
+
+ISceneController::~ISceneController() = default;
+
+} // namespace halvern::scene
