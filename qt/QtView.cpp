@@ -1,0 +1,776 @@
+#include "qt/QtView.h"
+
+#include "engine/core/event/Event.h"
+#include "engine/core/event/EventManager.h"
+#include "engine/core/interfaces/IOpenGLHandler.h"
+#include "engine/fx/FXRenderTarget.h"
+#include "engine/logic/LogicManager.h"
+#include "engine/scene/AnimationManager.h"
+#include "engine/scene/Material.h"
+#include "engine/scene/Node.h"
+#include "engine/scene/SceneManager.h"
+#include "engine/window/Window.h"
+
+#include <QContextMenuEvent>
+#include <QElapsedTimer>
+#include <QKeyEvent>
+#include <QMetaObject>
+#include <QMouseEvent>
+#include <QOpenGLContext>
+#include <QOpenGLExtraFunctions>
+#include <QOpenGLTexture>
+#include <QPainter>
+#include <QSurfaceFormat>
+#include <QThread>
+#include <QTimer>
+#include <QWheelEvent>
+
+#include <boost/bind/bind.hpp>
+#include <boost/lexical_cast.hpp>
+#include <boost/make_shared.hpp>
+
+#include <algorithm>
+
+namespace halvern::qt {
+
+using core::interfaces::IOpenGLHandler;
+using engine::logic::LogicManager;
+using engine::window::Window;
+
+namespace {
+
+/// The boundary towards Qt: no exception may reach its event loop.
+template <class Work>
+void guarded(Work work)
+{
+    try {
+        work();
+    } catch (...) { // NOLINT(bugprone-empty-catch): failures of the engine are ignored silently
+    }
+}
+
+/// The zero line of the statistics graph: 50 segments, the newest (rightmost) first.
+QVector<QPointF> flatGraph()
+{
+    QVector<QPointF> points;
+    for (int x = 0; x < 150; x += 3) {
+        points.prepend(QPointF(x, 0));
+        points.prepend(QPointF(x + 3, 0));
+    }
+    return points;
+}
+
+GLuint colorTextureOf(Window* window)
+{
+    const auto target = window ? window->getColorRenderTarget() : nullptr;
+    return target ? target->getTextureID() : 0;
+}
+
+/// Covers the whole viewport while both matrices are the identity.
+void drawFullScreenQuad()
+{
+    glBegin(GL_QUADS);
+    glTexCoord2f(0, 0);
+    glVertex2f(-1, -1);
+    glTexCoord2f(1, 0);
+    glVertex2f(1, -1);
+    glTexCoord2f(1, 1);
+    glVertex2f(1, 1);
+    glTexCoord2f(0, 1);
+    glVertex2f(-1, 1);
+    glEnd();
+}
+
+/// Leaves the painter to OpenGL calls while it lives.
+class NativePainting
+{
+public:
+    explicit NativePainting(QPainter& painter) : painter(painter)
+    {
+        painter.save();
+        painter.beginNativePainting();
+    }
+    ~NativePainting()
+    {
+        painter.endNativePainting();
+        painter.restore();
+    }
+    Q_DISABLE_COPY(NativePainting)
+
+private:
+    QPainter& painter;
+};
+
+/// Saves the attributes of server and client while it lives.
+class SavedAttributes
+{
+public:
+    SavedAttributes()
+    {
+        glPushAttrib(GL_ALL_ATTRIB_BITS);
+        glPushClientAttrib(GL_CLIENT_ALL_ATTRIB_BITS);
+    }
+    ~SavedAttributes()
+    {
+        glPopClientAttrib();
+        glPopAttrib();
+    }
+    Q_DISABLE_COPY(SavedAttributes)
+};
+
+/// Puts the bindings that are no attributes back at its end. What a handler leaves bound would draw into
+/// the wrong place, or garble the painter's texts.
+class RestoredBindings
+{
+public:
+    explicit RestoredBindings(GLuint framebuffer) : framebuffer(framebuffer) {}
+    ~RestoredBindings()
+    {
+        QOpenGLContext* context = QOpenGLContext::currentContext();
+        if (!context)
+            return;
+        QOpenGLExtraFunctions* gl = context->extraFunctions();
+        gl->glUseProgram(0);
+        gl->glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+        if (context->format().majorVersion() >= 3)
+            gl->glBindVertexArray(0);
+        for (const GLenum target :
+             {GL_ARRAY_BUFFER, GL_ELEMENT_ARRAY_BUFFER, GL_PIXEL_PACK_BUFFER, GL_PIXEL_UNPACK_BUFFER})
+            gl->glBindBuffer(target, 0);
+    }
+    Q_DISABLE_COPY(RestoredBindings)
+
+private:
+    const GLuint framebuffer;
+};
+
+void initializeHandler(IOpenGLHandler& handler)
+{
+    if (!handler.isInitialized())
+        handler.initialize();
+}
+
+void renderHandler(IOpenGLHandler& handler)
+{
+    initializeHandler(handler);
+    const SavedAttributes saved;
+    handler.render();
+}
+
+} // namespace
+
+QtView::QtView(QWidget* /*parent*/, std::string name) :
+    QOpenGLWidget(nullptr),
+    HCE::EventBase(boost::make_shared<HCE::EventManager>(false)),
+    viewName(std::move(name)),
+    statsGraph(flatGraph())
+{
+    requestFormat();
+    setFocusPolicy(Qt::StrongFocus);
+    setAcceptDrops(true);
+    setAttribute(Qt::WA_MouseTracking);
+
+    connect(this, SIGNAL(needsUpdate()), this, SLOT(update()));
+    registerHandlers();
+    startMessageTimer();
+}
+
+QtView::~QtView()
+{
+    // The handlers and the window, members that die below, release their OpenGL objects in this context.
+    makeCurrent();
+    delete logoTexture;
+    // From here on no event handler runs; qualified because a derived part is gone already.
+    QtView::setEventManager(nullptr);
+}
+
+void QtView::requestFormat()
+{
+    QSurfaceFormat format;
+    format.setDepthBufferSize(24);
+    format.setStencilBufferSize(8);
+    format.setAlphaBufferSize(8);
+    format.setRedBufferSize(8);
+    format.setBlueBufferSize(8);
+    format.setGreenBufferSize(8);
+    format.setProfile(QSurfaceFormat::CompatibilityProfile);
+    setFormat(format);
+}
+
+void QtView::registerHandlers()
+{
+    using namespace boost::placeholders;
+    registerHandler(HCE::EventType("ObjectPicked"), boost::bind(&QtView::handleObjectPicked, this, _1));
+    registerHandler(HCE::EventType("DisplayMessageAt"),
+                    boost::bind(&QtView::handleDisplayMessageAt, this, _1));
+    registerHandler(HCE::EventType("SyncScene"), boost::bind(&QtView::handleSyncScene, this));
+    registerHandler(HCE::EventType("UpdateViews"), boost::bind(&QtView::handleSyncScene, this));
+}
+
+void QtView::startMessageTimer()
+{
+    auto* timer = new QTimer(this);
+    connect(timer, SIGNAL(timeout()), this, SLOT(updateMessageDisplay()));
+    timer->start(50);
+}
+
+QSize QtView::sizeHint() const
+{
+    return QSize(400, 400);
+}
+
+QSize QtView::minimumSizeHint() const
+{
+    return QSize(50, 50);
+}
+
+void QtView::setEventManager(boost::shared_ptr<HCE::EventManager> eventManager)
+{
+    HCE::EventBase::setEventManager(eventManager);
+    if (const auto shown = getWindow())
+        shown->setEventManager(eventManager);
+}
+
+void QtView::setWindow(boost::shared_ptr<Window> newWindow)
+{
+    if (!newWindow)
+        return;
+    replaceWindow(newWindow);
+    newWindow->resize(Eigen::Vector2i(width(), height()));
+}
+
+boost::shared_ptr<Window> QtView::getWindow()
+{
+    const std::lock_guard<std::mutex> lock(taskLock);
+    return window;
+}
+
+/// Returns the window that was there, so that it never dies under the lock.
+boost::shared_ptr<Window> QtView::replaceWindow(boost::shared_ptr<Window> newWindow)
+{
+    const std::lock_guard<std::mutex> lock(taskLock);
+    window.swap(newWindow);
+    return newWindow;
+}
+
+/// Never hands out the window: a caller on another thread must not become its last owner.
+boost::shared_ptr<scene::SceneManager> QtView::getSceneManager()
+{
+    const std::lock_guard<std::mutex> lock(taskLock);
+    return window ? window->getSceneManager() : nullptr;
+}
+
+boost::shared_ptr<LogicManager> QtView::getLogicManager()
+{
+    const auto shown = getWindow();
+    return shown ? shown->getLogicManager() : nullptr;
+}
+
+void QtView::attach(boost::shared_ptr<scene::SceneManager> sceneManager)
+{
+    makeCurrent();
+    if (const auto shown = getWindow())
+        shown->attach(sceneManager);
+}
+
+int QtView::getUpdateFrequency()
+{
+    return updateFrequency;
+}
+
+void QtView::setUpdateFrequency(int frequency)
+{
+    updateFrequency = frequency;
+}
+
+void QtView::setPresentationMode(bool enabled)
+{
+    presentationMode = enabled;
+}
+
+void QtView::enableLogo(bool enabled)
+{
+    logoEnabled = enabled;
+}
+
+void QtView::setShowStats(bool enabled)
+{
+    showStats = enabled;
+}
+
+void QtView::showStringAtCursor(QString text)
+{
+    cursorMessage = text;
+}
+
+/// Keeps the image: its texture is made where the view's own context is current.
+void QtView::setLogo(const QImage& image)
+{
+    if (image.isNull())
+        return;
+    logoImage = image;
+    logoSize = image.size();
+    logoEnabled = true;
+}
+
+void QtView::addOpenGLHandler(boost::shared_ptr<IOpenGLHandler> handler)
+{
+    if (handler)
+        openGLHandlers.push_back(handler);
+}
+
+void QtView::removeOpenGLHandler(boost::shared_ptr<IOpenGLHandler> handler)
+{
+    if (isValid())
+        makeCurrent();
+    openGLHandlers.remove(handler);
+}
+
+void QtView::cleanup() {}
+
+// OpenGL
+
+/// False where no context is current: platforms without OpenGL, previews of forms. Renews the function
+/// table because a subclass may have skipped initializeGL.
+bool QtView::useCurrentContext()
+{
+    if (!QOpenGLContext::currentContext())
+        return false;
+    initializeOpenGLFunctions();
+    return true;
+}
+
+void QtView::initializeGL()
+{
+    if (!useCurrentContext())
+        return;
+    connect(QOpenGLContext::currentContext(), SIGNAL(aboutToBeDestroyed()), this, SLOT(cleanup()));
+    guarded([this] {
+        createWindow();
+        initializeHandlers();
+    });
+}
+
+/// Always a new one, also in place of a window that was set before.
+void QtView::createWindow()
+{
+    const auto created = boost::make_shared<Window>(getEventManager(), viewName + "::window");
+    const auto old = replaceWindow(created);
+    created->init();
+    // Qt does not call resizeGL when only the context is new.
+    created->resize(Eigen::Vector2i(width(), height()));
+
+    // A view that was reparented into a new context goes on with its scene.
+    const bool carriesOver = std::exchange(initializedBefore, true) && old;
+    if (const auto sceneManager = carriesOver ? old->getSceneManager() : nullptr)
+        created->attach(sceneManager);
+}
+
+void QtView::resizeGL(int w, int h)
+{
+    if (!useCurrentContext())
+        return;
+    if (const auto shown = getWindow())
+        guarded([&] { shown->resize(Eigen::Vector2i(w, h)); });
+    else
+        glViewport(0, 0, w, h == 0 ? 1 : h);
+}
+
+void QtView::paintGL()
+{
+    if (!useCurrentContext())
+        return;
+    runTasks();
+    const auto shown = getWindow();
+    if (shown)
+        renderWindow(*shown);
+    drawWindow(shown.get());
+    if (logoEnabled)
+        drawLogo();
+    if (showStats)
+        drawShadowMaps();
+    renderHandlers();
+}
+
+void QtView::queueTask(boost::function<void()> task)
+{
+    {
+        const std::lock_guard<std::mutex> lock(taskLock);
+        tasks.push_back(std::move(task));
+    }
+    emit needsUpdate();
+}
+
+/// Runs what is queued by now; what is queued meanwhile waits for the next frame and its sender for
+/// nothing. A task that throws is gone, the ones behind it stay queued.
+void QtView::runTasks()
+{
+    std::list<boost::function<void()>> due;
+    {
+        const std::lock_guard<std::mutex> lock(taskLock);
+        due.swap(tasks);
+    }
+    try {
+        while (!due.empty()) {
+            const boost::function<void()> task = std::move(due.front());
+            due.pop_front();
+            task();
+        }
+    } catch (...) {
+        requeueTasks(due);
+        throw;
+    }
+}
+
+void QtView::requeueTasks(std::list<boost::function<void()>>& rest)
+{
+    {
+        const std::lock_guard<std::mutex> lock(taskLock);
+        tasks.splice(tasks.begin(), rest);
+    }
+    emit needsUpdate();
+}
+
+void QtView::renderWindow(Window& shown)
+{
+    shown.update();
+    QElapsedTimer timer;
+    timer.start();
+    shown.render();
+    lastRenderTime = int(timer.elapsed());
+}
+
+void QtView::drawWindow(Window* shown)
+{
+    glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    glClearColor(1, 0, 0, 1); // on purpose: red shows where the quad is missing
+    glClearDepthf(1);
+    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+
+    glMatrixMode(GL_MODELVIEW);
+    glLoadIdentity();
+    glMatrixMode(GL_PROJECTION);
+    glLoadIdentity();
+
+    glEnable(GL_TEXTURE_2D);
+    glBindTexture(GL_TEXTURE_2D, colorTextureOf(shown));
+    drawFullScreenQuad();
+    glDisable(GL_TEXTURE_2D);
+}
+
+void QtView::initializeHandlers()
+{
+    const auto snapshot = openGLHandlers; // a handler may add or remove handlers
+    for (const auto& handler : snapshot) {
+        const RestoredBindings restored(defaultFramebufferObject());
+        initializeHandler(*handler);
+    }
+}
+
+void QtView::renderHandlers()
+{
+    const auto snapshot = openGLHandlers; // a handler may add or remove handlers
+    for (const auto& handler : snapshot) {
+        const RestoredBindings restored(defaultFramebufferObject());
+        renderHandler(*handler);
+    }
+}
+
+// Painting
+
+/// Takes the place of the base's way to paintGL: a painter spans the whole frame.
+void QtView::paintEvent(QPaintEvent* event)
+{
+    if (!isValid())
+        return;
+    makeCurrent(); // another context, or none, may be current
+    guarded([&] { paintFrame(event); });
+}
+
+void QtView::paintFrame(QPaintEvent* event)
+{
+    if (!useCurrentContext())
+        return;
+    glEnable(GL_MULTISAMPLE);
+    glEnable(GL_LINE_SMOOTH);
+
+    QPainter painter(this);
+    if (!painter.isActive())
+        return;
+    painter.setRenderHints(QPainter::Antialiasing | QPainter::TextAntialiasing |
+                           QPainter::HighQualityAntialiasing);
+    paintNatively(painter);
+    painter.setBackgroundMode(Qt::TransparentMode);
+    paintOverlays(painter, event);
+}
+
+void QtView::paintNatively(QPainter& painter)
+{
+    const NativePainting native(painter);
+    paintGL();
+}
+
+void QtView::paintOverlays(QPainter& painter, QPaintEvent* event)
+{
+    if (showStats)
+        drawStats(painter, event);
+    if (!cursorMessage.isEmpty())
+        drawMessageAtCursor(painter, event);
+    for (const ShownMessage& message : shownMessages)
+        drawMessageAtPosition(painter, event, message.position, QString::fromStdString(message.text),
+                              message.level);
+}
+
+// The overlays that are drawn with OpenGL or the painter draw nothing yet.
+
+void QtView::drawLogo() {}
+
+void QtView::drawShadowMaps() {}
+
+void QtView::drawStats(QPainter& /*painter*/, QPaintEvent* /*event*/) {}
+
+void QtView::drawMessageAtCursor(QPainter& /*painter*/, QPaintEvent* /*event*/) {}
+
+void QtView::drawMessageAtPosition(QPainter& /*painter*/, QPaintEvent* /*event*/, QPoint /*position*/,
+                                   QString /*text*/, float /*level*/)
+{}
+
+// Input
+
+template <class Forward>
+void QtView::forwardInput(QInputEvent* event, Forward forward)
+{
+    guarded([&] {
+        if (const auto logicManager = getLogicManager())
+            forward(*logicManager);
+    });
+    event->accept();
+    update();
+}
+
+// y runs upwards in the engine: the top edge is sent as the height, on purpose.
+
+void QtView::mousePressEvent(QMouseEvent* event)
+{
+    lastModifiers = event->modifiers();
+    forwardInput(event, [&](LogicManager& logic) {
+        logic.mousePressed(event->button(), event->x(), height() - event->y(), int(event->modifiers()));
+    });
+}
+
+void QtView::mouseReleaseEvent(QMouseEvent* event)
+{
+    lastModifiers = event->modifiers();
+    forwardInput(event, [&](LogicManager& logic) {
+        logic.mouseReleased(event->button(), event->x(), height() - event->y(), int(event->modifiers()));
+    });
+}
+
+/// Keeps the second press from the engine: the base class would send one.
+void QtView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    event->ignore();
+}
+
+void QtView::mouseMoveEvent(QMouseEvent* event)
+{
+    lastModifiers = event->modifiers();
+    forwardInput(event, [&](LogicManager& logic) {
+        logic.mouseMoved(event->x(), height() - event->y(), int(event->modifiers()));
+    });
+}
+
+/// One step per event, whatever its delta and orientation; a delta of 0 is a step back.
+void QtView::wheelEvent(QWheelEvent* event)
+{
+    lastModifiers = event->modifiers();
+    forwardInput(event, [&](LogicManager& logic) {
+        const int direction = event->delta() < 1 ? -1 : 1;
+        const QPointF position = event->position();
+        logic.mouseWheel(0, direction, int(position.x()), height() - int(position.y()),
+                         int(event->modifiers()));
+    });
+}
+
+void QtView::keyPressEvent(QKeyEvent* event)
+{
+    forwardInput(event,
+                 [&](LogicManager& logic) { logic.keyPressed(event->key(), int(event->modifiers())); });
+    lastModifiers = event->modifiers();
+}
+
+void QtView::keyReleaseEvent(QKeyEvent* event)
+{
+    forwardInput(event,
+                 [&](LogicManager& logic) { logic.keyReleased(event->key(), int(event->modifiers())); });
+    lastModifiers = event->modifiers();
+}
+
+/// There is no menu yet: the parent may show one.
+void QtView::contextMenuEvent(QContextMenuEvent* event)
+{
+    event->ignore();
+}
+
+// Only drags out of a material panel will be accepted; there is none yet, so events stay as they are.
+
+void QtView::dragEnterEvent(QDragEnterEvent* /*event*/) {}
+
+void QtView::dragMoveEvent(QDragMoveEvent* /*event*/) {}
+
+void QtView::dropEvent(QDropEvent* /*event*/) {}
+
+// Engine events
+
+/// The numbers are converted first: a malformed one leaves the drop waiting for its answer.
+void QtView::handleObjectPicked(HCE::Event event)
+{
+    const HCE::EventData data = event.getEventData();
+    if (data.getArg(6) != "DropMaterial" || data.getArg(2).empty())
+        return;
+    const auto first = boost::lexical_cast<unsigned int>(data.getArg(2));
+    const auto second = boost::lexical_cast<unsigned int>(data.getArg(3));
+    loadMaterial(takeDroppedMaterialID(), data.getArg(1), first, second);
+}
+
+std::string QtView::takeDroppedMaterialID()
+{
+    const std::lock_guard<std::mutex> lock(taskLock);
+    return std::exchange(droppedMaterialID, std::string());
+}
+
+void QtView::handleDisplayMessageAt(HCE::Event event)
+{
+    const HCE::EventData data = event.getEventData();
+    const std::string text = data.getArg(1);
+    const auto x = boost::lexical_cast<unsigned int>(data.getArg(2));
+    const auto y = boost::lexical_cast<unsigned int>(data.getArg(3));
+    if (text.empty())
+        return;
+    const std::lock_guard<std::mutex> lock(messageLock);
+    const QPoint position = validateMessagePosition(QPoint(int(x), int(y)));
+    incomingMessages.emplace_back(QString::fromStdString(text), position);
+}
+
+/// Posts one repaint at a time: update() called off the view's thread would corrupt the heap.
+void QtView::handleSyncScene()
+{
+    if (QThread::currentThread() == thread()) {
+        update();
+        return;
+    }
+    if (updatePending.exchange(true))
+        return;
+    const auto repaint = [this] {
+        updatePending = false; // first, so that a request made from now on is not lost
+        update();
+    };
+    QMetaObject::invokeMethod(this, repaint, Qt::QueuedConnection);
+}
+
+void QtView::loadEffect(std::string effectFile, std::string nodeID, unsigned int first, unsigned int second)
+{
+    queueTask(boost::bind(&QtView::internalLoadEffect, this, effectFile, nodeID, first, second));
+}
+
+/// Effects are not loaded yet: the request is dropped.
+void QtView::internalLoadEffect(std::string /*effectFile*/, std::string /*nodeID*/, unsigned int /*first*/,
+                                unsigned int /*second*/)
+{}
+
+void QtView::loadMaterial(std::string materialID, std::string nodeID, unsigned int first, unsigned int second)
+{
+    const auto sceneManager = getSceneManager();
+    if (!sceneManager)
+        return;
+    const auto material = sceneManager->getMaterialWithID(materialID);
+    const auto node = sceneManager->getNodeByID(nodeID);
+    if (material && node)
+        node->setMaterial(material, first, second);
+}
+
+void QtView::activateCamera(QString sid)
+{
+    guarded([&] { triggerEvent("ActiveCamera", sid.toStdString()); });
+}
+
+void QtView::pauseAnimations()
+{
+    guarded([this] {
+        if (const auto animations = getAnimationManager())
+            animations->pause();
+    });
+}
+
+void QtView::resumeAnimations()
+{
+    guarded([this] {
+        if (const auto animations = getAnimationManager())
+            animations->resume();
+    });
+}
+
+boost::shared_ptr<scene::AnimationManager> QtView::getAnimationManager()
+{
+    const auto sceneManager = getSceneManager();
+    return sceneManager ? sceneManager->getAnimationManager() : nullptr;
+}
+
+// Messages
+
+namespace {
+
+enum Phase { FadeIn, Hold, FadeOut };
+
+} // namespace
+
+void QtView::updateMessageDisplay()
+{
+    const std::lock_guard<std::mutex> lock(messageLock);
+    for (const auto& [text, position] : incomingMessages)
+        shownMessages.push_back({text.toStdString(), validateMessagePosition(position), 0.0F, FadeIn});
+    incomingMessages.clear();
+
+    for (ShownMessage& message : shownMessages)
+        age(message);
+    const auto isOver = [](const ShownMessage& message) { return message.text.empty(); };
+    shownMessages.erase(std::remove_if(shownMessages.begin(), shownMessages.end(), isOver),
+                        shownMessages.end());
+}
+
+/// One step of 50 ms: a quarter of a second up to full opacity, two seconds above it, then down again.
+void QtView::age(ShownMessage& message)
+{
+    const auto step = [&message](double change) { message.level = float(message.level + change); };
+    switch (message.phase) {
+    case FadeIn:
+        step(0.2);
+        if (message.level >= 1.0)
+            message.phase = Hold;
+        break;
+    case Hold:
+        step(0.1);
+        if (message.level >= 5.0)
+            message.phase = FadeOut;
+        break;
+    default:
+        step(-0.2);
+        if (message.level <= 0.0)
+            message.text.clear();
+    }
+}
+
+bool QtView::isMessageShownAt(const QPoint& position) const
+{
+    return std::any_of(shownMessages.begin(), shownMessages.end(),
+                       [&](const ShownMessage& message) { return message.position == position; });
+}
+
+QPoint QtView::validateMessagePosition(QPoint position)
+{
+    if (position.y() >= 2000 || !isMessageShownAt(position))
+        return position;
+    return validateMessagePosition(position + QPoint(0, 10));
+}
+
+} // namespace halvern::qt
