@@ -1,0 +1,65 @@
+#pragma once
+
+#include "reference/scene/Importer.h"
+#include "reference/scene/Mesh.h"
+#include "reference/scene/import/ImportProgress.h"
+#include "reference/scene/import/MaterialReader.h"
+#include "reference/scene/import/UniqueNames.h"
+
+#include <set>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+struct aiNode;
+struct aiScene;
+struct aiString;
+
+namespace halvern::scene {
+
+class Material;
+class Node;
+
+/// Turns what Assimp read into a scene. Nothing that the file says is trusted: indices are checked, and
+/// numbers that are not finite are left out.
+class SceneBuilder
+{
+public:
+    SceneBuilder(const aiScene& scene, const std::string& fileName, const ImportOptions& options,
+                 ImportProgress& progress, ImportedScene& result);
+
+    /// `bones` names the nodes that move skins: animations of them can be played but not edited.
+    void build(const std::set<std::string>& bones);
+
+private:
+    void buildMaterials();
+    void buildMeshes();
+    boost::shared_ptr<Node> buildNodes();
+    boost::shared_ptr<Node> buildNode(const aiNode& source);
+    void addGeometries(Node& node, const aiNode& source);
+    void buildCameras();
+    void buildLights();
+    void buildAnimations(const std::set<std::string>& bones);
+
+    /// Returns the scene's root: the imported one, or a new one above it and what was added.
+    boost::shared_ptr<Node> addDefaults(const boost::shared_ptr<Node>& imported);
+
+    /// Empty, with a warning, when no node has the name.
+    boost::shared_ptr<Node> findNode(const aiString& name, const char* what);
+
+    const aiScene& scene;
+    const std::string fileName;
+    const ImportOptions& options;
+    ImportProgress& progress;
+    ImportedScene& result;
+    std::string format; // as Assimp calls it
+
+    ImportIDs ids;
+    std::vector<boost::shared_ptr<Material>> materials;
+    std::vector<TextureCoordinates> textureCoordinates;                   // by material
+    std::vector<std::shared_ptr<const Mesh>> meshes;                      // empty where nothing can be drawn
+    std::unordered_map<std::string, boost::shared_ptr<Node>> nodesByName; // the first of each name
+    bool hasLight = false;
+};
+
+} // namespace halvern::scene

@@ -1,0 +1,105 @@
+#include "reference/scene/import/SceneRepair.h"
+
+#include <assimp/mesh.h>
+#include <assimp/scene.h>
+
+#include <cmath>
+#include <utility>
+
+namespace halvern::scene {
+
+namespace {
+
+/// Beyond this the square of a length is no number any more.
+constexpr ai_real LargestCoordinate = 1e18f;
+
+bool isUsable(const aiVector3D& position)
+{
+    const auto isGood = [](ai_real value) { return std::abs(value) <= LargestCoordinate; }; // NaN is not
+    return isGood(position.x) && isGood(position.y) && isGood(position.z);
+}
+
+bool isUsable(const aiMesh& mesh, const aiFace& face)
+{
+    for (unsigned i = 0; i < face.mNumIndices; ++i) {
+        if (face.mIndices[i] >= mesh.mNumVertices || !isUsable(mesh.mVertices[face.mIndices[i]]))
+            return false;
+    }
+    return face.mNumIndices > 0;
+}
+
+/// Returns how many faces were dropped.
+unsigned dropBadFaces(aiMesh& mesh)
+{
+    if (!mesh.mFaces || !mesh.mVertices)
+        return std::exchange(mesh.mNumFaces, 0u);
+    unsigned kept = 0;
+    for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
+        if (!isUsable(mesh, mesh.mFaces[i]))
+            continue;
+        // A swap: the mesh frees all the faces that it once had.
+        std::swap(mesh.mFaces[kept].mIndices, mesh.mFaces[i].mIndices);
+        std::swap(mesh.mFaces[kept].mNumIndices, mesh.mFaces[i].mNumIndices);
+        ++kept;
+    }
+    for (unsigned i = 0; i < mesh.mNumVertices; ++i) {
+        if (!isUsable(mesh.mVertices[i]))
+            mesh.mVertices[i] = aiVector3D();
+    }
+    return std::exchange(mesh.mNumFaces, kept) - kept;
+}
+
+template <class Object>
+void dropAll(Object**& objects, unsigned& count)
+{
+    for (unsigned i = 0; objects && i < count; ++i)
+        delete objects[i];
+    delete[] objects;
+    objects = nullptr;
+    count = 0;
+}
+
+/// Assimp's own step expects that no two faces share a vertex.
+void makeNormalsOfSharedVertices(aiMesh& mesh)
+{
+    size_t corners = 0;
+    for (unsigned i = 0; i < mesh.mNumFaces; ++i)
+        corners += mesh.mFaces[i].mNumIndices;
+    if (mesh.mNormals || corners <= mesh.mNumVertices ||
+        !(mesh.mPrimitiveTypes & (aiPrimitiveType_TRIANGLE | aiPrimitiveType_POLYGON)))
+        return;
+
+    mesh.mNormals = new aiVector3D[mesh.mNumVertices];
+    for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
+        const aiFace& face = mesh.mFaces[i];
+        if (face.mNumIndices < 3)
+            continue;
+        const aiVector3D& first = mesh.mVertices[face.mIndices[0]];
+        const aiVector3D& second = mesh.mVertices[face.mIndices[1]];
+        const aiVector3D& last = mesh.mVertices[face.mIndices[face.mNumIndices - 1]];
+        const aiVector3D normal = (second - first) ^ (last - first); // as long as the face is large
+        for (unsigned k = 0; k < face.mNumIndices; ++k)
+            mesh.mNormals[face.mIndices[k]] += normal;
+    }
+    for (unsigned i = 0; i < mesh.mNumVertices; ++i)
+        mesh.mNormals[i].NormalizeSafe();
+}
+
+} // namespace
+
+void repairScene(aiScene& scene, std::vector<std::string>& warnings)
+{
+    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
+        aiMesh& mesh = *scene.mMeshes[i];
+        dropAll(mesh.mBones, mesh.mNumBones);
+        dropAll(mesh.mAnimMeshes, mesh.mNumAnimMeshes);
+        if (mesh.mMaterialIndex >= scene.mNumMaterials)
+            mesh.mMaterialIndex = 0;
+        if (const unsigned dropped = dropBadFaces(mesh))
+            warnings.push_back("mesh " + std::string(mesh.mName.C_Str()) + ": " + std::to_string(dropped) +
+                               " faces are invalid and left out");
+        makeNormalsOfSharedVertices(mesh);
+    }
+}
+
+} // namespace halvern::scene
