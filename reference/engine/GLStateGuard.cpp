@@ -1,6 +1,6 @@
 #include "reference/engine/GLStateGuard.h"
 
-#include "reference/engine/GL.h"
+#include <GL/gl.h>
 
 namespace halvern::engine {
 

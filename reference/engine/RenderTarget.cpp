@@ -1,48 +1,82 @@
 #include "reference/engine/RenderTarget.h"
 
-#include "reference/engine/GL.h"
+#include <GL/gl.h>
 
 namespace halvern::engine {
 
 namespace {
 
-void setColorParameters()
+osg::ref_ptr<osg::Texture2D> makeTexture(RenderTarget::Kind kind, Eigen::Vector2i size)
 {
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
+    osg::ref_ptr<osg::Texture2D> texture = new osg::Texture2D;
+    texture->setTextureSize(size.x(), size.y());
+    texture->setResizeNonPowerOfTwoHint(false);
+    texture->setFilter(osg::Texture::MIN_FILTER, osg::Texture::LINEAR);
+    texture->setFilter(osg::Texture::MAG_FILTER, osg::Texture::LINEAR);
+    texture->setWrap(osg::Texture::WRAP_S, osg::Texture::CLAMP_TO_EDGE);
+    texture->setWrap(osg::Texture::WRAP_T, osg::Texture::CLAMP_TO_EDGE);
+    switch (kind) {
+    case RenderTarget::Kind::Color:
+        texture->setInternalFormat(GL_RGBA8);
+        texture->setSourceFormat(GL_RGBA);
+        texture->setSourceType(GL_UNSIGNED_BYTE);
+        break;
+    case RenderTarget::Kind::Mask:
+        texture->setInternalFormat(GL_R8);
+        texture->setSourceFormat(GL_RED);
+        texture->setSourceType(GL_UNSIGNED_BYTE);
+        break;
+    case RenderTarget::Kind::ShadowDepth:
+        texture->setInternalFormat(GL_DEPTH_COMPONENT24);
+        texture->setSourceFormat(GL_DEPTH_COMPONENT);
+        texture->setSourceType(GL_UNSIGNED_INT);
+        texture->setShadowComparison(true);
+        texture->setShadowCompareFunc(osg::Texture::LEQUAL);
+        // Outside of the map there is light.
+        texture->setWrap(osg::Texture::WRAP_S, osg::Texture::CLAMP_TO_BORDER);
+        texture->setWrap(osg::Texture::WRAP_T, osg::Texture::CLAMP_TO_BORDER);
+        texture->setBorderColor(osg::Vec4d(1, 1, 1, 1));
+        break;
+    }
+    return texture;
 }
 
 } // namespace
+
+RenderTarget::RenderTarget(Kind newKind) : kind(newKind) {}
 
 void RenderTarget::resize(Eigen::Vector2i size)
 {
     if (size == currentSize)
         return;
-    if (!framebufferID) {
-        glGenFramebuffers(1, &framebufferID);
-        glGenRenderbuffers(1, &depthStencilID);
-        glGenTextures(1, &colorID);
-    }
-    glBindTexture(GL_TEXTURE_2D, colorID);
-    setColorParameters();
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA8, size.x(), size.y(), 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-    glBindRenderbuffer(GL_RENDERBUFFER, depthStencilID);
-    glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, size.x(), size.y());
-    glBindFramebuffer(GL_FRAMEBUFFER, framebufferID);
-    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, colorID, 0);
-    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER, depthStencilID);
     currentSize = size;
+    targetTexture = makeTexture(kind, size);
+    framebuffer = new osg::FrameBufferObject;
+    const auto attachment = osg::FrameBufferAttachment(targetTexture.get());
+    framebuffer->setAttachment(
+        kind == Kind::ShadowDepth ? osg::Camera::DEPTH_BUFFER : osg::Camera::COLOR_BUFFER, attachment);
+    if (kind == Kind::Color)
+        framebuffer->setAttachment(
+            osg::Camera::PACKED_DEPTH_STENCIL_BUFFER,
+            osg::FrameBufferAttachment(new osg::RenderBuffer(size.x(), size.y(), GL_DEPTH24_STENCIL8)));
 }
 
-void RenderTarget::release()
+void RenderTarget::bind(osg::State& state)
 {
-    glDeleteFramebuffers(1, &framebufferID);
-    glDeleteRenderbuffers(1, &depthStencilID);
-    glDeleteTextures(1, &colorID);
-    framebufferID = depthStencilID = colorID = 0;
-    currentSize.setZero();
+    const bool isNew = textureID(state) == 0;
+    framebuffer->apply(state);
+    if (isNew && kind == Kind::ShadowDepth) {
+        glDrawBuffer(GL_NONE);
+        glReadBuffer(GL_NONE);
+    }
+}
+
+unsigned int RenderTarget::textureID(const osg::State& state) const
+{
+    if (!targetTexture)
+        return 0;
+    const osg::Texture::TextureObject* object = targetTexture->getTextureObject(state.getContextID());
+    return object ? object->id() : 0;
 }
 
 } // namespace halvern::engine

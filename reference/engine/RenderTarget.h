@@ -2,30 +2,41 @@
 
 #include <Eigen/Core>
 
+#include <osg/FrameBufferObject>
+#include <osg/Texture2D>
+
 namespace halvern::engine {
 
-/// A framebuffer with an RGBA8 colour texture and a depth-stencil buffer. Every operation wants its
-/// context current; the destructor frees nothing.
+/// A framebuffer that draws into a texture.
 class RenderTarget
 {
 public:
-    RenderTarget() = default;
-    RenderTarget(const RenderTarget&) = delete;
-    RenderTarget& operator=(const RenderTarget&) = delete;
+    enum class Kind {
+        Color,      ///< RGBA8 with a depth and stencil buffer
+        Mask,       ///< one 8-bit channel
+        ShadowDepth ///< 24-bit depth, set up for shadow comparison
+    };
 
-    /// Makes, or makes anew, what differs in size; leaves bindings changed. The texture keeps its name.
+    explicit RenderTarget(Kind kind);
+
+    /// Makes the objects anew if the size differs.
     void resize(Eigen::Vector2i size);
-    void release();
 
-    unsigned int framebuffer() const { return framebufferID; }
-    unsigned int colorTexture() const { return colorID; }
+    /// Binds the framebuffer for drawing and reading.
+    void bind(osg::State& state);
+
     Eigen::Vector2i size() const { return currentSize; }
 
+    /// Name of the texture in the state's context, 0 before the first bind.
+    unsigned int textureID(const osg::State& state) const;
+
+    osg::Texture2D* texture() const { return targetTexture.get(); }
+
 private:
-    unsigned int framebufferID = 0;
-    unsigned int colorID = 0;
-    unsigned int depthStencilID = 0;
+    const Kind kind;
     Eigen::Vector2i currentSize = Eigen::Vector2i::Zero();
+    osg::ref_ptr<osg::Texture2D> targetTexture;
+    osg::ref_ptr<osg::FrameBufferObject> framebuffer;
 };
 
 } // namespace halvern::engine

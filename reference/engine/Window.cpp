@@ -9,11 +9,13 @@
 #include "engine/scene/SceneManager.h"
 #include "engine/scenegraph/RenderSceneGraph.h"
 #include "engine/window/ILayout.h"
-#include "reference/engine/GL.h"
-#include "reference/engine/GLStateGuard.h"
+#include "reference/engine/LightSet.h"
+#include "reference/engine/LiveRenderTarget.h"
 #include "reference/engine/Motion.h"
 #include "reference/engine/NativeContext.h"
-#include "reference/engine/RenderTarget.h"
+#include "reference/engine/Renderer.h"
+#include "reference/engine/SceneMirror.h"
+#include "reference/engine/ViewCamera.h"
 
 #include <boost/make_shared.hpp>
 
@@ -28,9 +30,13 @@ struct Window::Private
     Eigen::Vector2i size{1, 1};
     boost::shared_ptr<ILayout> layout;
     boost::shared_ptr<scene::SceneManager> sceneManager;
-    boost::shared_ptr<fx::FXRenderTarget> colorRenderTarget = boost::make_shared<fx::FXRenderTarget>(0u);
-    void* context = nullptr;
-    RenderTarget target;
+    boost::shared_ptr<LiveRenderTarget> colorRenderTarget = boost::make_shared<LiveRenderTarget>();
+    ViewCamera camera;
+
+    // First of the three: what it drew must be gone before it goes.
+    std::unique_ptr<Renderer> renderer;
+    std::unique_ptr<LightSet> lights;
+    std::unique_ptr<SceneMirror> mirror;
 };
 
 Window::Window(boost::shared_ptr<core::event::EventManager> eventManager, std::string name) :
@@ -42,32 +48,35 @@ Window::Window(boost::shared_ptr<core::event::EventManager> eventManager, std::s
 Window::~Window()
 {
     setEventManager({});
-    if (d->context && currentNativeContext() == d->context)
-        d->target.release();
 }
 
 void Window::init()
 {
-    d->context = currentNativeContext();
+    if (!d->renderer && currentNativeContext())
+        d->renderer = std::make_unique<Renderer>();
 }
 
-void Window::update() {}
+void Window::update()
+{
+    if (!d->sceneManager)
+        return;
+    if (!d->mirror) {
+        d->mirror = std::make_unique<SceneMirror>(d->sceneManager);
+        d->lights = std::make_unique<LightSet>();
+    } else {
+        d->mirror->update();
+    }
+    d->lights->update(*d->mirror);
+    d->camera.resize(d->size);
+}
 
 void Window::render()
 {
-    if (!d->context)
-        init();
-    if (!d->context)
+    init();
+    if (!d->renderer)
         return;
-    GLStateGuard guard;
-    d->target.resize(d->size);
-    if (d->colorRenderTarget->getTextureID() != d->target.colorTexture())
-        d->colorRenderTarget = boost::make_shared<fx::FXRenderTarget>(d->target.colorTexture());
-    glBindFramebuffer(GL_FRAMEBUFFER, d->target.framebuffer());
-    glDisable(GL_SCISSOR_TEST);
-    glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
-    glClearColor(0.16f, 0.17f, 0.19f, 1);
-    glClear(GL_COLOR_BUFFER_BIT);
+    d->renderer->draw(d->camera.getView({}), d->mirror.get(), d->lights.get());
+    d->colorRenderTarget->setTextureID(d->renderer->getColorTexture());
 }
 
 void Window::resize(Eigen::Vector2i size)
@@ -77,6 +86,8 @@ void Window::resize(Eigen::Vector2i size)
 
 void Window::attach(boost::shared_ptr<scene::SceneManager> sceneManager)
 {
+    d->lights.reset();
+    d->mirror.reset();
     d->sceneManager = sceneManager;
     if (sceneManager)
         d->events.triggerEvent("SceneAttached", "");

@@ -1,0 +1,79 @@
+#include "reference/engine/DrawPass.h"
+
+#include "reference/engine/OsgMath.h"
+
+#include <osgUtil/RenderStage>
+
+namespace halvern::engine {
+
+DrawPass::DrawPass() :
+    visitor(new osgUtil::CullVisitor),
+    stateGraph(new osgUtil::StateGraph),
+    renderStage(new osgUtil::RenderStage)
+{
+    renderStage->setSortMode(osgUtil::RenderBin::SORT_BY_STATE_THEN_FRONT_TO_BACK);
+}
+
+void DrawPass::begin(osg::State& osgState, Eigen::Vector2i size, const Eigen::Matrix4d& projection,
+                     osg::StateSet* state, GLbitfield clearMask)
+{
+    renderInfo.setState(&osgState);
+    passState = state;
+    matricesInUse = 0;
+
+    visitor->reset();
+    visitor->setStateGraph(stateGraph.get());
+    visitor->setRenderStage(renderStage.get());
+    visitor->setRenderInfo(renderInfo);
+    renderStage->reset();
+    stateGraph->clean();
+
+    osg::ref_ptr<osg::Viewport> viewport = new osg::Viewport(0, 0, size.x(), size.y());
+    renderStage->setViewport(viewport.get());
+    renderStage->setClearMask(clearMask);
+    visitor->pushStateSet(passState);
+    visitor->pushViewport(viewport.get());
+    visitor->pushProjectionMatrix(new osg::RefMatrix(toOsg(projection)));
+    visitor->pushModelViewMatrix(new osg::RefMatrix, osg::Transform::ABSOLUTE_RF);
+}
+
+void DrawPass::add(osg::Drawable* drawable, const osg::Matrixd& modelView, float depth, osg::StateSet* first,
+                   osg::StateSet* second)
+{
+    if (first)
+        visitor->pushStateSet(first);
+    if (second)
+        visitor->pushStateSet(second);
+    visitor->addDrawableAndDepth(drawable, nextMatrix(modelView), depth);
+    if (second)
+        visitor->popStateSet();
+    if (first)
+        visitor->popStateSet();
+}
+
+void DrawPass::draw()
+{
+    visitor->popModelViewMatrix();
+    visitor->popProjectionMatrix();
+    visitor->popViewport();
+    visitor->popStateSet();
+    renderStage->sort();
+    stateGraph->prune();
+
+    osg::State& state = *renderInfo.getState();
+    osgUtil::RenderLeaf* previous = nullptr;
+    renderStage->draw(renderInfo, previous);
+    // Forgets the matrices too, which are the same objects with other values in the next pass.
+    state.popAllStateSets();
+}
+
+osg::RefMatrix* DrawPass::nextMatrix(const osg::Matrixd& value)
+{
+    if (matricesInUse == matrices.size())
+        matrices.push_back(new osg::RefMatrix);
+    osg::RefMatrix* matrix = matrices[matricesInUse++].get();
+    matrix->set(value);
+    return matrix;
+}
+
+} // namespace halvern::engine

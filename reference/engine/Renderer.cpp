@@ -1,0 +1,176 @@
+#include "reference/engine/Renderer.h"
+
+#include "reference/engine/GLStateGuard.h"
+#include "reference/engine/LightSet.h"
+#include "reference/engine/OsgMath.h"
+#include "reference/engine/SceneMirror.h"
+
+#include <GL/gl.h>
+
+#include <osg/PolygonOffset>
+#include <osg/Program>
+#include <osgUtil/RenderStage>
+
+namespace halvern::engine {
+
+using Kind = scene::LightSource::Kind;
+
+namespace {
+
+const osg::Vec4f background(0.16f, 0.17f, 0.19f, 1);
+
+void addSampler(osg::StateSet& state, const std::string& name, int unit)
+{
+    state.addUniform(new osg::Uniform(name.c_str(), unit));
+}
+
+osg::ref_ptr<osg::Uniform> addArray(osg::StateSet& state, osg::Uniform::Type type, const char* name, int size)
+{
+    osg::ref_ptr<osg::Uniform> uniform = new osg::Uniform(type, name, size);
+    state.addUniform(uniform);
+    return uniform;
+}
+
+osg::ref_ptr<osg::StateSet> makeDepthState()
+{
+    osg::ref_ptr<osg::StateSet> state = new osg::StateSet;
+    state->setMode(GL_DEPTH_TEST, osg::StateAttribute::ON);
+    state->setAttributeAndModes(new osg::PolygonOffset(2, 4));
+    state->setAttribute(makeProgram("void main() { gl_Position = ftransform(); }", "void main() {}"));
+    return state;
+}
+
+} // namespace
+
+Renderer::Renderer() : frameState(new osg::StateSet), depthState(makeDepthState())
+{
+    mainPass.stage().setClearColor(background);
+    frameState->setMode(GL_DEPTH_TEST, osg::StateAttribute::ON);
+    addSampler(*frameState, "baseColorMap", TextureUnit::BaseColor);
+    addSampler(*frameState, "metalRoughMap", TextureUnit::MetalRough);
+    addSampler(*frameState, "normalMap", TextureUnit::Normal);
+    addSampler(*frameState, "emissiveMap", TextureUnit::Emissive);
+    addSampler(*frameState, "occlusionMap", TextureUnit::Occlusion);
+    for (int i = 0; i < maxShadows; ++i)
+        addSampler(*frameState, "shadowMap" + std::to_string(i), TextureUnit::FirstShadow + i);
+    lightPosition = addArray(*frameState, osg::Uniform::FLOAT_VEC4, "lightPosition", maxLights);
+    lightColor = addArray(*frameState, osg::Uniform::FLOAT_VEC4, "lightColor", maxLights);
+    lightDirection = addArray(*frameState, osg::Uniform::FLOAT_VEC4, "lightDirection", maxLights);
+    lightFalloff = addArray(*frameState, osg::Uniform::FLOAT_VEC4, "lightFalloff", maxLights);
+    shadowMatrix = addArray(*frameState, osg::Uniform::FLOAT_MAT4, "shadowMatrix", maxShadows);
+    up = addArray(*frameState, osg::Uniform::FLOAT_VEC3, "up", 1);
+}
+
+Renderer::~Renderer() = default;
+
+void Renderer::draw(const View& view, const SceneMirror* mirror, const LightSet* lights)
+{
+    const GLStateGuard guard;
+    prepareState();
+    osg::State& state = *context->getState();
+    if (mirror)
+        drawShadows(*mirror, *lights);
+    target.resize(view.size);
+    target.bind(state);
+    triangles = vertices = 0;
+    if (mirror) {
+        setFrameState(view, *lights);
+        drawSurfaces(view, *mirror);
+    } else {
+        mainPass.begin(state, view.size, view.projection, frameState.get(),
+                       GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+        mainPass.draw();
+    }
+    state.unbindVertexArrayObject();
+    state.setActiveTextureUnit(0);
+    osg::flushAllDeletedGLObjects(state.getContextID());
+}
+
+unsigned int Renderer::getColorTexture() const
+{
+    return target.textureID(*context->getState());
+}
+
+void Renderer::prepareState()
+{
+    osg::State& state = *context->getState();
+    state.initializeExtensionProcs();
+    state.dirtyAllModes();
+    state.dirtyAllAttributes();
+    state.dirtyAllVertexArrays();
+}
+
+void Renderer::drawShadows(const SceneMirror& mirror, const LightSet& lights)
+{
+    const bool hasCasters = !mirror.getCasterBounds().isEmpty();
+    std::vector<int> shadowOfLight;
+    int shadows = 0;
+    for (const auto& light : lights.all()) {
+        const bool casts = hasCasters && light->source.kind != Kind::Head && shadows < maxShadows;
+        shadowOfLight.push_back(casts ? shadows++ : -1);
+        if (!casts)
+            continue;
+        light->shadow.update(*light, mirror, shadowPass, *context->getState(), depthState.get());
+        frameState->setTextureAttribute(TextureUnit::FirstShadow + shadowOfLight.back(),
+                                        light->shadow.texture());
+    }
+    for (int i = shadows; i < maxShadows; ++i)
+        frameState->removeTextureAttribute(TextureUnit::FirstShadow + i, osg::StateAttribute::TEXTURE);
+    programs.setLights(shadowOfLight);
+}
+
+void Renderer::setFrameState(const View& view, const LightSet& lights)
+{
+    const Eigen::Matrix3d rotation = view.toEye.linear();
+    const Eigen::Matrix4d toWorld = view.toEye.inverse().matrix();
+    const Eigen::Vector3f newUp = rotation.col(1).cast<float>();
+    up->set(osg::Vec3f(newUp.x(), newUp.y(), newUp.z()));
+    int shadow = 0;
+    for (size_t i = 0; i < lights.all().size(); ++i) {
+        SceneLight& light = *lights.all()[i];
+        const scene::LightSource& source = light.source;
+        const Eigen::Vector3d direction =
+            source.kind == Kind::Head ? Eigen::Vector3d(0, 0, -1) : rotation * light.direction;
+        const bool placed = source.kind == Kind::Point || source.kind == Kind::Spot;
+        lightPosition->setElement(i, placed ? toOsg(view.toEye * light.position, 1) : toOsg(-direction, 0));
+        double coneScale = 0;
+        double coneOffset = 1;
+        if (source.kind == Kind::Spot) {
+            const double outer = std::cos(source.outerCone);
+            coneScale = 1 / std::max(std::cos(source.innerCone) - outer, 1e-4);
+            coneOffset = -outer * coneScale;
+        }
+        lightColor->setElement(i, toOsg(light.color.cast<double>(), coneScale));
+        lightDirection->setElement(i, toOsg(direction, coneOffset));
+        const Eigen::Vector3d falloff = placed ? source.attenuation.cast<double>() : Eigen::Vector3d(1, 0, 0);
+        lightFalloff->setElement(i, toOsg(falloff, light.shadow.texelSize()));
+        if (light.shadow.isRendered() && shadow < maxShadows)
+            shadowMatrix->setElement(shadow++, osg::Matrixf(toOsg(light.shadow.toMap() * toWorld)));
+    }
+}
+
+void Renderer::drawSurfaces(const View& view, const SceneMirror& mirror)
+{
+    osg::State& state = *context->getState();
+    const Frustum frustum(view.projection * view.toEye.matrix());
+    bool hasPost = false;
+    mainPass.begin(state, view.size, view.projection, frameState.get(),
+                   GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    postPass.begin(state, view.size, view.projection, frameState.get(), GL_DEPTH_BUFFER_BIT);
+    for (const SceneMirror::Surface& surface : mirror.getSurfaces()) {
+        if (!frustum.touches(surface.bounds))
+            continue;
+        const Eigen::Affine3d toEye = view.toEye * mirror.getEntries()[surface.entry].world;
+        const float depth = -(view.toEye * surface.bounds.center()).z();
+        DrawPass& pass = surface.postRender ? postPass : mainPass;
+        pass.add(surface.geometry, toOsg(toEye), depth, programs.get(surface.features), surface.material);
+        hasPost |= surface.postRender;
+        triangles += surface.geometry->triangleCount();
+        vertices += surface.geometry->vertexCount();
+    }
+    mainPass.draw();
+    if (hasPost)
+        postPass.draw();
+}
+
+} // namespace halvern::engine

@@ -1,0 +1,317 @@
+#include "reference/engine/ShaderPrograms.h"
+
+#include <osg/Program>
+
+#include <utility>
+
+namespace halvern::engine {
+
+namespace {
+
+const char* const vertexSource = R"(
+out vec3 position; // in eye coordinates, like everything that follows
+out vec3 normal;
+out vec2 texCoord;
+out vec4 color;
+void main()
+{
+    vec4 eyePosition = gl_ModelViewMatrix * gl_Vertex;
+    position = eyePosition.xyz;
+#if !defined(UNLIT) && !defined(FLAT_NORMALS)
+    normal = gl_NormalMatrix * gl_Normal;
+#endif
+#ifdef TEX_COORDS
+    texCoord = gl_MultiTexCoord0.xy;
+#endif
+#ifdef VERTEX_COLORS
+    color = gl_Color;
+#endif
+    gl_Position = gl_ProjectionMatrix * eyePosition;
+}
+)";
+
+const char* const commonSource = R"(
+in vec3 position;
+in vec3 normal;
+in vec2 texCoord;
+in vec4 color;
+out vec4 fragment;
+
+uniform vec4 baseColor; // linear
+uniform vec4 surface;   // metalness, roughness, normal scale, alpha cutoff
+uniform vec3 emissive;  // linear
+uniform vec2 opacity;   // factor and least value of the alpha
+uniform sampler2D baseColorMap;
+uniform sampler2D metalRoughMap;
+uniform sampler2D normalMap;
+uniform sampler2D emissiveMap;
+uniform sampler2D occlusionMap;
+
+// Polynomials that stay within half a step of eight bits of the sRGB curves.
+vec3 toLinear(vec3 c)
+{
+    return c * (c * (c * 0.305306011 + 0.682171111) + 0.012522878);
+}
+vec3 toDisplay(vec3 c)
+{
+    vec3 s1 = sqrt(c);
+    vec3 s2 = sqrt(s1);
+    vec3 s3 = sqrt(s2);
+    return 0.662002687 * s1 + 0.684122060 * s2 - 0.323583601 * s3 - 0.0225411470 * c;
+}
+
+vec4 readBaseColor()
+{
+    vec4 base = baseColor;
+#ifdef VERTEX_COLORS
+    base *= vec4(toLinear(color.rgb), color.a);
+#endif
+#ifdef BASE_COLOR_MAP
+    vec4 texel = texture(baseColorMap, texCoord);
+    base *= vec4(toLinear(texel.rgb), texel.a);
+#endif
+#ifdef ALPHA_MASK
+    if (base.a < surface.w)
+        discard;
+#endif
+    return base;
+}
+)";
+
+const char* const unlitMain = R"(
+void main()
+{
+    vec4 base = readBaseColor();
+    fragment = vec4(toDisplay(clamp(base.rgb, 0.0, 1.0)), max(base.a * opacity.x, opacity.y));
+}
+)";
+
+// Normals that point away from the eye are turned round, by the facet and not by the winding: models with
+// the wrong winding, open surfaces and mirrored nodes all come out lit.
+const char* const shadingSource = R"(
+uniform vec4 lightPosition[LIGHTS + 1];  // w 0: the direction towards the light
+uniform vec4 lightColor[LIGHTS + 1];     // w: scale of the cone
+uniform vec4 lightDirection[LIGHTS + 1]; // w: offset of the cone
+uniform vec4 lightFalloff[LIGHTS + 1];   // constant, linear, quadratic; w: size of a texel of the shadow map
+uniform vec3 up;
+
+vec3 n;         // normal
+vec3 v;         // towards the eye
+vec3 diffuse;   // reflectances
+vec3 specular;
+float alpha2;   // fourth power of the roughness
+float widening; // the visibility term's share of the roughness
+vec3 radiance = vec3(0.0);
+
+vec3 readNormal()
+{
+    vec3 dpx = dFdx(position);
+    vec3 dpy = dFdy(position);
+    vec3 facet = cross(dpx, dpy);
+#ifdef FLAT_NORMALS
+    vec3 m = normalize(facet);
+#else
+    vec3 m = normalize(normal);
+    m = dot(m, facet) < 0.0 ? -m : m;
+#endif
+#ifdef NORMAL_MAP
+    // The tangent frame follows from how position and texture coordinates change over the screen.
+    vec2 dtx = dFdx(texCoord);
+    vec2 dty = dFdy(texCoord);
+    vec3 across = cross(dpy, m);
+    vec3 along = cross(m, dpx);
+    vec3 t = across * dtx.x + along * dty.x;
+    vec3 b = across * dtx.y + along * dty.y;
+    float scale = inversesqrt(max(max(dot(t, t), dot(b, b)), 1e-30));
+    vec3 detail = texture(normalMap, texCoord).xyz * 2.0 - 1.0;
+    detail.xy *= surface.z;
+    // Texture rows run downwards, the map's y axis upwards.
+    m = normalize((t * detail.x - b * detail.y) * scale + m * detail.z);
+#endif
+    return m;
+}
+
+void addLight(vec4 place, vec4 shine, vec4 direction, vec4 falloff, float lit)
+{
+    vec3 l = place.xyz - position * place.w;
+    float d2 = max(dot(l, l), 1e-12);
+    float inverse = inversesqrt(d2);
+    float d = d2 * inverse;
+    l *= inverse;
+    float cone = clamp(shine.w * -dot(l, direction.xyz) + direction.w, 0.0, 1.0);
+    float strength = cone * cone * lit / (falloff.x + (falloff.y + falloff.z * d) * d);
+    float nl = clamp(dot(n, l), 0.0, 1.0);
+    vec3 h = normalize(l + v);
+    float nh = clamp(dot(n, h), 0.0, 1.0);
+    float lh = clamp(dot(l, h), 0.0, 1.0);
+    float q = nh * nh * (alpha2 - 1.0) + 1.00001;
+    float lobe = alpha2 / (q * q * max(0.1, lh * lh) * widening);
+    radiance += (diffuse + specular * min(lobe, 60.0)) * shine.rgb * (nl * strength);
+}
+
+// What a bright room with a dark floor would add.
+vec3 surroundings(float roughness, float occlusion)
+{
+    float height = dot(n, up) * 0.5 + 0.5;
+    vec3 ambient = mix(vec3(0.145, 0.135, 0.125), vec3(0.33, 0.35, 0.38), height);
+    ambient *= 0.8 + 0.2 * n.z;
+    float nv = clamp(dot(n, v), 0.0, 1.0);
+    vec3 r = 2.0 * dot(n, v) * n - v;
+    float blur = 0.06 + 0.9 * roughness;
+    float horizon = clamp(dot(r, up) / blur * 0.5 + 0.5, 0.0, 1.0);
+    vec3 mirrored = mix(vec3(0.11, 0.105, 0.10), vec3(0.60, 0.63, 0.68), horizon * horizon * (3.0 - 2.0 * horizon));
+    float grazing = 1.0 - nv;
+    grazing *= grazing;
+    grazing *= grazing;
+    vec3 fresnel = specular + (max(vec3(1.0 - roughness), specular) - specular) * grazing;
+    return (ambient * diffuse + mirrored * fresnel / (alpha2 + 1.0)) * occlusion;
+}
+)";
+
+const char* const shadowSource = R"(
+uniform mat4 shadowMatrix[SHADOWS]; // from eye coordinates to those of the map
+float light(sampler2DShadow map, mat4 toMap, float texel)
+{
+    // A step off the surface keeps it from shadowing itself.
+    vec4 c = toMap * vec4(position + n * (texel * 1.5), 1.0);
+    vec3 s = c.xyz / c.w;
+    s.z = min(s.z, 1.0);
+    const float r = 0.75 / SHADOW_SIZE;
+    float sum = texture(map, s + vec3(-r, -r, 0.0)) + texture(map, s + vec3(r, -r, 0.0)) +
+                texture(map, s + vec3(-r, r, 0.0)) + texture(map, s + vec3(r, r, 0.0));
+    return c.w > 0.0 ? sum * 0.25 : 1.0;
+}
+)";
+
+// The lights are colours on white: 1 is what a surface facing a lamp gives back. What goes beyond rolls
+// off towards white instead of being cut.
+const char* const litMainBegin = R"(
+void main()
+{
+    vec4 base = readBaseColor();
+    float metalness = surface.x;
+    float roughness = surface.y;
+    float occlusion = 1.0;
+#ifdef METAL_ROUGH_MAP
+    vec3 mr = texture(metalRoughMap, texCoord).rgb;
+    roughness *= mr.g;
+    metalness *= mr.b;
+#ifdef PACKED_OCCLUSION
+    occlusion = mr.r;
+#endif
+#endif
+#ifdef OCCLUSION_MAP
+    occlusion = texture(occlusionMap, texCoord).r;
+#endif
+    roughness = clamp(roughness, 0.08, 1.0);
+    n = readNormal();
+    v = -normalize(position);
+    diffuse = base.rgb * (1.0 - metalness);
+    specular = mix(vec3(0.04), base.rgb, metalness);
+    float alpha = roughness * roughness;
+    alpha2 = alpha * alpha;
+    widening = roughness * 4.0 + 2.0;
+)";
+
+const char* const litMainEnd = R"(
+    radiance += surroundings(roughness, occlusion);
+#ifdef EMISSIVE_MAP
+    radiance += emissive * toLinear(texture(emissiveMap, texCoord).rgb);
+#else
+    radiance += emissive;
+#endif
+    vec3 over = max(radiance - 0.7, 0.0);
+    vec3 shown = min(radiance, 0.7) + over / (1.0 + over / 0.3);
+    fragment = vec4(toDisplay(shown), max(base.a * opacity.x, opacity.y));
+}
+)";
+
+std::string defines(unsigned int features)
+{
+    static const std::pair<unsigned int, const char*> names[] = {
+        {ShaderFeature::Unlit, "UNLIT"},
+        {ShaderFeature::FlatNormals, "FLAT_NORMALS"},
+        {ShaderFeature::VertexColors, "VERTEX_COLORS"},
+        {ShaderFeature::TexCoords, "TEX_COORDS"},
+        {ShaderFeature::BaseColorMap, "BASE_COLOR_MAP"},
+        {ShaderFeature::MetalRoughMap, "METAL_ROUGH_MAP"},
+        {ShaderFeature::NormalMap, "NORMAL_MAP"},
+        {ShaderFeature::EmissiveMap, "EMISSIVE_MAP"},
+        {ShaderFeature::OcclusionMap, "OCCLUSION_MAP"},
+        {ShaderFeature::PackedOcclusion, "PACKED_OCCLUSION"},
+        {ShaderFeature::AlphaMask, "ALPHA_MASK"}};
+    std::string lines;
+    for (const auto& [bit, name] : names)
+        if (features & bit)
+            lines += std::string("#define ") + name + "\n";
+    return lines;
+}
+
+/// Unrolled, since samplers may only be indexed by constants.
+std::string lightCalls(const std::vector<int>& shadowOfLight)
+{
+    std::string calls;
+    for (size_t i = 0; i < shadowOfLight.size(); ++i) {
+        const std::string index = "[" + std::to_string(i) + "]";
+        std::string lit = "1.0";
+        if (shadowOfLight[i] >= 0) {
+            const std::string shadow = std::to_string(shadowOfLight[i]);
+            lit = "light(shadowMap" + shadow + ", shadowMatrix[" + shadow + "], lightFalloff" + index + ".w)";
+        }
+        calls += "    addLight(lightPosition" + index + ", lightColor" + index + ", lightDirection" + index +
+                 ", lightFalloff" + index + ", " + lit + ");\n";
+    }
+    return calls;
+}
+
+std::string shadowDeclarations(int count)
+{
+    std::string lines = "#define SHADOWS " + std::to_string(count) + "\n" + "#define SHADOW_SIZE " +
+                        std::to_string(shadowMapSize) + ".0\n";
+    for (int i = 0; i < count; ++i)
+        lines += "uniform sampler2DShadow shadowMap" + std::to_string(i) + ";\n";
+    return lines + shadowSource;
+}
+
+std::string litSource(const std::vector<int>& shadowOfLight)
+{
+    int shadows = 0;
+    for (int shadow : shadowOfLight)
+        shadows += shadow >= 0;
+    return "#define LIGHTS " + std::to_string(shadowOfLight.size()) + "\n" + shadingSource +
+           (shadows ? shadowDeclarations(shadows) : "") + litMainBegin + lightCalls(shadowOfLight) +
+           litMainEnd;
+}
+
+} // namespace
+
+osg::ref_ptr<osg::Program> makeProgram(const std::string& vertex, const std::string& fragment)
+{
+    const std::string version = "#version 130\n";
+    osg::ref_ptr<osg::Program> program = new osg::Program;
+    program->addShader(new osg::Shader(osg::Shader::VERTEX, version + vertex));
+    program->addShader(new osg::Shader(osg::Shader::FRAGMENT, version + fragment));
+    return program;
+}
+
+void ShaderPrograms::setLights(const std::vector<int>& newShadowOfLight)
+{
+    if (newShadowOfLight == shadowOfLight)
+        return;
+    shadowOfLight = newShadowOfLight;
+    programs.clear();
+}
+
+osg::StateSet* ShaderPrograms::get(unsigned int features)
+{
+    osg::ref_ptr<osg::StateSet>& state = programs[features];
+    if (!state) {
+        const std::string head = defines(features);
+        const std::string main = features & ShaderFeature::Unlit ? unlitMain : litSource(shadowOfLight);
+        state = new osg::StateSet;
+        state->setAttribute(makeProgram(head + vertexSource, head + commonSource + main));
+    }
+    return state.get();
+}
+
+} // namespace halvern::engine
