@@ -1,0 +1,104 @@
+#include "tests/qt/ViewProbe.h"
+#include "tests/support/Process.h"
+#include "tests/support/RecordingEventManager.h"
+
+#include <QApplication>
+#include <QPainter>
+#include <QTest>
+
+#include <gtest/gtest.h>
+
+using namespace halvern::test;
+
+namespace {
+
+/// A view with everything in it that a host puts there.
+void liveOnce(const boost::shared_ptr<HCE::EventManager>& manager)
+{
+    auto view = std::make_unique<ViewProbe>();
+    view->setEventManager(manager);
+    showView(*view, 160, 120);
+    view->setLogo(QImage(16, 16, QImage::Format_ARGB32));
+    view->setShowStats(true);
+    view->loadEffect("file", "node", 0, 0);
+    manager->triggerEvent("SyncScene", "");
+    manager->triggerEvent("DisplayMessageAt", "text, 10, 10");
+    manager->waitUntilIdle();
+    settle();
+    view.reset();
+    settle();
+}
+
+} // namespace
+
+TEST(QtViewLifecycleTest, AHundredLivesLeaveNothingBehind)
+{
+    const auto manager = boost::make_shared<HCE::EventManager>(true);
+    for (int i = 0; i < 20; ++i)
+        liveOnce(manager);
+    const std::size_t heap = heapBytes();
+    const std::size_t resident = residentBytes();
+    const std::size_t files = openFileCount();
+    for (int i = 0; i < 100; ++i)
+        liveOnce(manager);
+    EXPECT_EQ(openFileCount(), files);
+    EXPECT_LT(heapBytes(), heap + 256 * 1024);
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they keep what is freed
+    EXPECT_LT(residentBytes(), resident + 8 * 1024 * 1024);
+#else
+    (void)resident;
+#endif
+}
+
+TEST(QtViewLifecycleTest, AViewThatWasNeverShownDies)
+{
+    for (int i = 0; i < 100; ++i) {
+        ViewProbe view;
+        view.setLogo(QImage(16, 16, QImage::Format_ARGB32));
+        view.loadEffect("file", "node", 0, 0);
+    }
+}
+
+TEST(QtViewLifecycleTest, AViewDiesWithItsParent)
+{
+    const auto manager = boost::make_shared<RecordingEventManager>();
+    auto parent = std::make_unique<QWidget>();
+    auto* view = new ViewProbe;
+    view->setParent(parent.get());
+    view->setEventManager(manager);
+    showView(*parent);
+    ASSERT_TRUE(manager->isRegistered(view));
+    parent.reset();
+    EXPECT_FALSE(manager->isRegistered(view));
+}
+
+TEST(QtViewLifecycleTest, HidingAndShowingKeepsTheWindow)
+{
+    ViewProbe view;
+    showView(view);
+    const auto window = view.getWindow();
+    view.hide();
+    settle();
+    view.show();
+    settle();
+    EXPECT_EQ(view.getWindow(), window);
+}
+
+TEST(QtViewLifecycleTest, TwoViewsDoNotDisturbEachOther)
+{
+    CallLog log;
+    ViewProbe left;
+    ViewProbe right;
+    const auto window = showWithFakeWindow(left, log);
+    showView(right);
+    right.move(400, 100);
+    left.makeCurrent();
+    window->colorTarget =
+        boost::make_shared<halvern::engine::fx::FXRenderTarget>(makeTexture({QColor(0, 255, 0)}));
+    for (int i = 0; i < 3; ++i) {
+        repaintView(right);
+        repaintView(left);
+        EXPECT_EQ(grabScreen(left).pixelColor(100, 50), QColor(0, 255, 0));
+    }
+    EXPECT_NE(left.getWindow(), right.getWindow());
+}
