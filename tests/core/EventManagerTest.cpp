@@ -261,7 +261,7 @@ TEST(EventManagerTest, RemovingATypeKeepsTheOthers)
     EXPECT_EQ(texts, (Texts{"b"}));
 }
 
-TEST(EventManagerTest, PrintsALinePerTypeAndListener)
+TEST(EventManagerTest, PrintsALinePerTypeAndListenerInTheOrderOfRegistration)
 {
     EventManager manager(false);
     FunctionListener first([](const Event&) {});
@@ -276,7 +276,7 @@ TEST(EventManagerTest, PrintsALinePerTypeAndListener)
     std::cout.rdbuf(console);
 
     std::ostringstream expected;
-    expected << "A: " << &second << "\nA: " << &first << "\nB: " << &first << '\n';
+    expected << "B: " << &first << "\nA: " << &second << "\nA: " << &first << '\n';
     EXPECT_EQ(printed.str(), expected.str());
 }
 
@@ -665,6 +665,22 @@ TEST(EventManagerTest, WaitUntilIdleWaitsForTheQueueAndTheRunningDelivery)
         manager.triggerEvent("A", "first");
         manager.waitUntilIdle();
         ASSERT_EQ(handled, 2 * i);
+    }
+}
+
+TEST(EventManagerTest, WaitUntilIdleReturnsThoughTheLastEventsFindNoListener)
+{
+    EventManager manager(false);
+    FunctionListener listener([](const Event&) { ADD_FAILURE(); });
+    manager.registerEventListener(&listener, EventType("A"));
+    for (int i = 0; i < 200; ++i) {
+        Blocker blocker(manager);
+        manager.registerEventListener(&listener, EventType("A"));
+        manager.triggerEvent("A", "");
+        manager.removeEventListener(&listener);
+        std::thread waiter([&] { manager.waitUntilIdle(); });
+        blocker.release();
+        waiter.join();
     }
 }
 
