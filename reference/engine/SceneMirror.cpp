@@ -118,6 +118,12 @@ int SceneMirror::findEntry(const Node* node) const
     return it == records.end() ? -1 : it->second->entry;
 }
 
+Eigen::Affine3d SceneMirror::getWorld(const Node& node) const
+{
+    const int entry = findEntry(&node);
+    return entry < 0 ? readTransform(node) : entries[entry].world;
+}
+
 const Eigen::AlignedBox3d& SceneMirror::getBounds() const
 {
     findBounds();

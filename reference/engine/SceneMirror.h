@@ -77,6 +77,9 @@ public:
     /// A place of a node, or -1.
     int findEntry(const scene::Node* node) const;
 
+    /// Transform of a node to the world; of one that is not in the graph, its own.
+    Eigen::Affine3d getWorld(const scene::Node& node) const;
+
     /// Of all surfaces, in the world.
     const Eigen::AlignedBox3d& getBounds() const;
 

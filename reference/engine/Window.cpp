@@ -6,6 +6,8 @@
 #include "engine/fx/FXRenderTarget.h"
 #include "engine/logic/CameraInputHandler.h"
 #include "engine/logic/LogicManager.h"
+#include "engine/scene/Camera.h"
+#include "engine/scene/CameraInstance.h"
 #include "engine/scene/SceneManager.h"
 #include "engine/scenegraph/RenderSceneGraph.h"
 #include "engine/window/ILayout.h"
@@ -16,6 +18,7 @@
 #include "reference/engine/Renderer.h"
 #include "reference/engine/SceneMirror.h"
 #include "reference/engine/ViewCamera.h"
+#include "reference/scene/CameraPose.h"
 
 #include <boost/make_shared.hpp>
 
@@ -32,12 +35,30 @@ struct Window::Private
     boost::shared_ptr<scene::SceneManager> sceneManager;
     boost::shared_ptr<LiveRenderTarget> colorRenderTarget = boost::make_shared<LiveRenderTarget>();
     ViewCamera camera;
+    boost::shared_ptr<scene::CameraInstance> activeCamera;
+
+    void followCamera();
 
     // First of the three: what it drew must be gone before it goes.
     std::unique_ptr<Renderer> renderer;
     std::unique_ptr<LightSet> lights;
     std::unique_ptr<SceneMirror> mirror;
 };
+
+void Window::Private::followCamera()
+{
+    if (!activeCamera)
+        activeCamera = sceneManager->getCameraInstanceAt(0);
+    if (!activeCamera || !activeCamera->getNode() || !activeCamera->getCamera()) {
+        if (camera.isFollowing())
+            camera.frame(mirror->getBounds());
+        return;
+    }
+    const scene::Camera& lens = *activeCamera->getCamera();
+    const Eigen::Affine3d pose(getCameraPose(lens).matrix().cast<double>());
+    camera.follow(mirror->getWorld(*activeCamera->getNode()) * pose,
+                  {lens.getZNear(), lens.getZFar(), lens.getYFov()});
+}
 
 Window::Window(boost::shared_ptr<core::event::EventManager> eventManager, std::string name) :
     d(new Private(eventManager))
@@ -68,6 +89,7 @@ void Window::update()
     }
     d->lights->update(*d->mirror);
     d->camera.resize(d->size);
+    d->followCamera();
 }
 
 void Window::render()
@@ -75,7 +97,8 @@ void Window::render()
     init();
     if (!d->renderer)
         return;
-    d->renderer->draw(d->camera.getView({}), d->mirror.get(), d->lights.get());
+    const Eigen::AlignedBox3d bounds = d->mirror ? d->mirror->getBounds() : Eigen::AlignedBox3d();
+    d->renderer->draw(d->camera.getView(bounds), d->mirror.get(), d->lights.get());
     d->colorRenderTarget->setTextureID(d->renderer->getColorTexture());
 }
 
@@ -88,6 +111,8 @@ void Window::attach(boost::shared_ptr<scene::SceneManager> sceneManager)
 {
     d->lights.reset();
     d->mirror.reset();
+    d->activeCamera.reset();
+    d->camera.reset();
     d->sceneManager = sceneManager;
     if (sceneManager)
         d->events.triggerEvent("SceneAttached", "");
