@@ -1,6 +1,7 @@
 #include "reference/scene/Importer.h"
 
 #include "engine/scene/SceneManager.h"
+#include "reference/scene/import/FileCheck.h"
 #include "reference/scene/import/ImportProgress.h"
 #include "reference/scene/import/SceneBuilder.h"
 #include "reference/scene/import/SceneRepair.h"
@@ -10,34 +11,15 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
-#include <filesystem>
-#include <fstream>
-
 namespace halvern::scene {
-
-namespace fs = std::filesystem;
 
 namespace {
 
 /// Edges sharper than this stay sharp where normals have to be made.
 constexpr float SmoothingAngle = 60; // degrees
 
-constexpr unsigned PostProcessing =
-    aiProcess_Triangulate | aiProcess_SortByPType | aiProcess_GenSmoothNormals;
-
-void checkFile(const std::string& fileName)
-{
-    std::error_code ignored;
-    const fs::file_status status = fs::status(fileName, ignored);
-    if (!fs::exists(status))
-        throw ImportError(fileName + ": no such file");
-    if (fs::is_directory(status))
-        throw ImportError(fileName + ": is a folder");
-    if (!fs::is_regular_file(status) || !std::ifstream(fileName, std::ios::binary))
-        throw ImportError(fileName + ": cannot be read");
-    if (fs::file_size(fileName, ignored) == 0)
-        throw ImportError(fileName + ": the file is empty");
-}
+constexpr unsigned PostProcessing = aiProcess_Triangulate | aiProcess_SortByPType |
+                                    aiProcess_GenSmoothNormals | aiProcess_RemoveRedundantMaterials;
 
 unsigned countNodes(const aiNode* root)
 {
@@ -65,15 +47,6 @@ std::set<std::string> namesOfBones(const aiScene& scene)
     return names;
 }
 
-bool hasFaces(const aiScene& scene)
-{
-    for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
-        if (scene.mMeshes[i]->mNumFaces > 0)
-            return true;
-    }
-    return false;
-}
-
 /// Throws unless Assimp has a scene.
 void check(const Assimp::Importer& importer, const ImportProgress& progress, const std::string& fileName)
 {
@@ -89,6 +62,7 @@ void check(const Assimp::Importer& importer, const ImportProgress& progress, con
 ImportedScene importScene(const std::string& fileName, const ImportOptions& options)
 {
     checkFile(fileName);
+    ImportedScene result;
     Assimp::Importer importer;
     auto* progress = new ImportProgress(fileName, options.progress);
     importer.SetProgressHandler(progress); // which owns it from now on
@@ -97,21 +71,18 @@ ImportedScene importScene(const std::string& fileName, const ImportOptions& opti
     importer.ReadFile(fileName, 0);
     check(importer, *progress, fileName);
     const aiScene& scene = *importer.GetScene();
-    ImportedScene result;
+    const std::set<std::string> bones = namesOfBones(scene);
+
+    // The importer hands its scene out for reading only, but its own steps trust every index.
+    repairScene(const_cast<aiScene&>(scene), result.warnings);
     result.counts.nodes = countNodes(scene.mRootNode);
     result.counts.meshes = scene.mNumMeshes;
     result.counts.cameras = scene.mNumCameras;
     result.counts.lights = scene.mNumLights;
     result.counts.animations = scene.mNumAnimations;
-    const std::set<std::string> bones = namesOfBones(scene);
-
-    // The scene belongs to the importer, which hands it out for reading only. It is repaired in between:
-    // the steps below trust every index.
-    repairScene(const_cast<aiScene&>(scene), result.warnings);
     if (scene.mNumMeshes > 0) {
         // Without any mesh Assimp calls it an error that no material is used.
-        importer.ApplyPostProcessing((hasFaces(scene) ? PostProcessing : 0) |
-                                     aiProcess_RemoveRedundantMaterials);
+        importer.ApplyPostProcessing(PostProcessing);
         check(importer, *progress, fileName);
     }
     SceneBuilder(*importer.GetScene(), fileName, options, *progress, result).build(bones);
