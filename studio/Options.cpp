@@ -11,8 +11,8 @@ namespace {
 void describe(QCommandLineParser& parser)
 {
     parser.setApplicationDescription("Shows a 3D model; without FILE, the showcase scene.");
-    parser.addHelpOption();
-    parser.addVersionOption();
+    parser.addOption({{"h", "help"}, "Show this help."});
+    parser.addOption({{"v", "version"}, "Show the version."});
     parser.addOptions({
         {"size", "Size of the window in pixels, such as 1280x800.", "WxH"},
         {"frames", "Quit after N frames of the model.", "N"},

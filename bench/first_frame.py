@@ -1,0 +1,99 @@
+#!/usr/bin/env python3
+"""How long until a model is on screen, beside f3d and osgviewer.
+
+Measures from start to end the processes that show one frame of a model and quit, 1280x800, interleaved,
+and prints the medians in milliseconds and how many times longer each peer takes. f3d can only quit after
+a frame when it saves it as PNG, so beside it the studio saves its view too.
+
+first_frame.py [--studio PROGRAM] [--runs N] [MODEL...]; ends with 1 when a peer was faster.
+"""
+
+import argparse
+import os
+import shutil
+import statistics
+import subprocess
+import sys
+import tempfile
+import time
+
+MODELS = "/usr/share/assimp/models/"
+DEFAULT = [MODELS + name for name in (
+    "OBJ/spider.obj",
+    "OBJ/WusonOBJ.obj",
+    "Collada/duck.dae",
+    "3DS/fels.3ds",
+    "glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb",
+)]
+STUDIO = os.path.join(os.path.dirname(__file__), "../build/release/bin/halvern-studio")
+
+
+def commands(studio, model, picture):
+    """Name, command and further environment of what is compared: two of ours and their peers."""
+    ours = [studio, model, "--size", "1280x800", "--frames", "1"]
+    return [
+        ("studio", ours, {}),
+        ("osgviewer", ["osgviewer", "--window", "0", "0", "1280", "800", model],
+         {"OSG_RUN_FRAME_COUNT": "1"}),
+        ("studio, saved", ours + ["--view-screenshot", picture], {}),
+        ("f3d, saved", ["f3d", "--dry-run", "--quiet", "--resolution", "1280,800",
+                        "--output", picture, model], {}),
+    ]
+
+
+def measure(command, variables):
+    """Milliseconds that the process takes; None when it fails or is not there."""
+    if not shutil.which(command[0]):
+        return None
+    start = time.perf_counter()
+    done = subprocess.run(command, env={**os.environ, **variables}, timeout=60,
+                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    return (time.perf_counter() - start) * 1e3 if done.returncode == 0 else None
+
+
+def median(times):
+    """None when a run failed."""
+    return None if None in times else statistics.median(times)
+
+
+def compare(studio, model, runs):
+    """Prints the lines of a model; true when no peer was faster."""
+    with tempfile.TemporaryDirectory() as folder:
+        entries = commands(studio, model, os.path.join(folder, "picture.png"))
+        for _, command, variables in entries:
+            measure(command, variables)  # what the first run reads from disk counts for nobody
+        times = {name: [] for name, _, _ in entries}
+        for _ in range(runs):
+            for name, command, variables in entries:
+                times[name].append(measure(command, variables))
+    return [report(model, ours, theirs, median(times[ours]), median(times[theirs]))
+            for ours, theirs in (("studio", "osgviewer"), ("studio, saved", "f3d, saved"))]
+
+
+def report(model, ours, theirs, our_time, their_time):
+    name = os.path.basename(model)
+    if our_time is None:
+        print(f"{name:22} {ours} failed")
+        return False
+    if their_time is None:
+        print(f"{name:22} {ours} {our_time:.0f} ms; {theirs} cannot show it")
+        return True
+    print(f"{name:22} {ours} {our_time:.0f} ms; {theirs} {their_time:.0f} ms; "
+          f"ratio {their_time / our_time:.2f}")
+    return our_time < their_time
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--studio", default=os.path.normpath(STUDIO))
+    parser.add_argument("--runs", type=int, default=7)
+    parser.add_argument("models", nargs="*", metavar="MODEL")
+    arguments = parser.parse_args()
+    if "DISPLAY" not in os.environ:
+        os.execvp("xvfb-run", ["xvfb-run", "-a", "-s", "-screen 0 1280x1024x24", sys.executable] + sys.argv)
+    results = [compare(arguments.studio, model, arguments.runs) for model in arguments.models or DEFAULT]
+    sys.exit(0 if all(all(pair) for pair in results) else 1)
+
+
+if __name__ == "__main__":
+    main()
