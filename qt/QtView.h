@@ -50,6 +50,7 @@ namespace halvern::qt {
 ///
 /// Every operation belongs to the GUI thread, except those that say otherwise. Other widgets find the view
 /// by its object name "Halvern_Rendering_QtView", which the host sets. It needs a compatibility profile.
+/// A derived class calls the qualified setEventManager(empty) first in its own destructor.
 class HALVERN_QT_API QtView : public QOpenGLWidget, protected QOpenGLFunctions, public HCE::EventBase
 {
     Q_OBJECT

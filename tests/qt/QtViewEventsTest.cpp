@@ -2,7 +2,7 @@
 #include "engine/scene/Node.h"
 #include "engine/scene/SceneManager.h"
 #include "tests/qt/ViewProbe.h"
-#include "tests/support/Process.h"
+#include "tests/support/Heap.h"
 #include "tests/support/SynchronousEventManager.h"
 
 #include <QTest>
@@ -17,6 +17,7 @@
 
 using namespace halvern::test;
 using halvern::core::event::EventManager;
+using halvern::qt::QtView;
 using halvern::scene::Material;
 using halvern::scene::Node;
 using halvern::scene::SceneManager;
@@ -207,7 +208,7 @@ TEST_P(QtViewEventsTest, AStormOfRequestsIsOneRepaintAndNoMemory)
     constexpr int Count = 1000000;
     showView(view);
     const int before = view.paints;
-    const std::size_t heap = heapBytes();
+    const std::size_t heap = getHeapInUse();
     const auto storm = [&] {
         HCE::EventListener& listener = view;
         const HCE::Event event = makeEvent("SyncScene");
@@ -226,7 +227,7 @@ TEST_P(QtViewEventsTest, AStormOfRequestsIsOneRepaintAndNoMemory)
     for (auto& thread : threads)
         thread.join(); // the event loop of the view stands still
     manager->waitUntilIdle();
-    EXPECT_LT(heapBytes(), heap + (1 << 20));
+    EXPECT_LT(getHeapInUse(), heap + (1 << 20));
     settle();
     EXPECT_EQ(view.paints, before + 1);
 }
@@ -244,7 +245,7 @@ TEST_P(QtViewEventsTest, AViewDiesWhileEventsAreInFlight)
                 }
         });
     for (int i = 0; i < 30; ++i) {
-        auto victim = std::make_unique<ViewProbe>();
+        auto victim = std::make_unique<QtView>(); // a derived class has to unregister by itself
         victim->setEventManager(manager);
         victim->setWindow(window);
         QCoreApplication::processEvents();
@@ -252,7 +253,7 @@ TEST_P(QtViewEventsTest, AViewDiesWhileEventsAreInFlight)
         EXPECT_FALSE(window->eventManager);
     }
     {
-        ViewProbe shown;
+        QtView shown;
         shown.setEventManager(manager);
         showView(shown);
     }

@@ -450,9 +450,9 @@ TEST(QtViewFrameTest, ASubclassThatInitialisesNothingStillPaints)
 TEST(QtViewFrameTest, WindowMayBeReplacedByATask)
 {
     CallLog log;
+    CallLog otherLog;
     ViewProbe view;
     showWithFakeWindow(view, log);
-    CallLog otherLog;
     view.queueTask([&] { view.setWindow(boost::make_shared<FakeWindow>(otherLog)); });
     repaintView(view);
     EXPECT_TRUE(log.calls.empty());

@@ -1,4 +1,5 @@
 #include "tests/qt/ViewProbe.h"
+#include "tests/support/Heap.h"
 #include "tests/support/Process.h"
 #include "tests/support/RecordingEventManager.h"
 
@@ -36,15 +37,15 @@ TEST(QtViewLifecycleTest, AHundredLivesLeaveNothingBehind)
     const auto manager = boost::make_shared<HCE::EventManager>(true);
     for (int i = 0; i < 20; ++i)
         liveOnce(manager);
-    const std::size_t heap = heapBytes();
-    const std::size_t resident = residentBytes();
-    const std::size_t files = openFileCount();
+    const std::size_t heap = getHeapInUse();
+    const std::size_t resident = getResidentBytes();
+    const std::size_t files = getOpenFileCount();
     for (int i = 0; i < 100; ++i)
         liveOnce(manager);
-    EXPECT_EQ(openFileCount(), files);
-    EXPECT_LT(heapBytes(), heap + 256 * 1024);
+    EXPECT_EQ(getOpenFileCount(), files);
+    EXPECT_LT(getHeapInUse(), heap + 256 * 1024);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__) // they keep what is freed
-    EXPECT_LT(residentBytes(), resident + 8 * 1024 * 1024);
+    EXPECT_LT(getResidentBytes(), resident + 8 * 1024 * 1024);
 #else
     (void)resident;
 #endif

@@ -5,27 +5,10 @@
 #include <fstream>
 #include <iterator>
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#    include <sanitizer/allocator_interface.h>
-#else
-#    include <malloc.h>
-#endif
-
 namespace halvern::test {
 
-/// Bytes that are allocated on the heap now.
-inline std::size_t heapBytes()
-{
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-    return __sanitizer_get_current_allocated_bytes();
-#else
-    const auto info = mallinfo2();
-    return info.uordblks + info.hblkhd;
-#endif
-}
-
 /// Bytes of memory that the process occupies.
-inline std::size_t residentBytes()
+inline std::size_t getResidentBytes()
 {
     std::ifstream statm("/proc/self/statm");
     std::size_t total = 0;
@@ -35,7 +18,7 @@ inline std::size_t residentBytes()
 }
 
 /// Files, sockets and devices that the process holds open.
-inline std::size_t openFileCount()
+inline std::size_t getOpenFileCount()
 {
     const std::filesystem::directory_iterator files("/proc/self/fd");
     return static_cast<std::size_t>(std::distance(begin(files), end(files)));
