@@ -1,7 +1,7 @@
 #include "studio/BatchRun.h"
 
 #include "qt/QtView.h"
-#include "studio/Exit.h"
+#include "studio/Console.h"
 #include "studio/FrameDriver.h"
 #include "studio/MainWindow.h"
 #include "studio/ProcessClock.h"
@@ -18,8 +18,8 @@ const int SettlingFrames = 3;
 
 } // namespace
 
-BatchRun::BatchRun(const Options& newOptions, MainWindow* newWindow) :
-    QObject(newWindow), options(newOptions), window(newWindow)
+BatchRun::BatchRun(const Options& newOptions, MainWindow* newWindow, std::FILE* newOutput) :
+    QObject(newWindow), options(newOptions), window(newWindow), output(newOutput)
 {
     connect(window, &MainWindow::opened, this, &BatchRun::start);
 }
@@ -60,7 +60,7 @@ void BatchRun::finish()
     if (!saveScreenshots())
         return QCoreApplication::exit(ExitFile);
     if (options.json)
-        printLine(stdout, toJson(report));
+        printLine(output, toJson(report));
     if (options.frames > 0)
         QCoreApplication::exit(ExitDone);
 }

@@ -6,6 +6,8 @@
 #include <QElapsedTimer>
 #include <QObject>
 
+#include <cstdio>
+
 namespace halvern::studio {
 
 class MainWindow;
@@ -16,7 +18,8 @@ class BatchRun : public QObject
 {
     Q_OBJECT
 public:
-    BatchRun(const Options& options, MainWindow* window);
+    /// The report goes to `output`.
+    BatchRun(const Options& options, MainWindow* window, std::FILE* output);
 
 private slots:
     void start(const halvern::studio::LoadedScene& loaded);
@@ -28,6 +31,7 @@ private:
 
     const Options options;
     MainWindow* const window;
+    std::FILE* const output;
     Report report;
     QElapsedTimer timer;
 };

@@ -1,6 +1,6 @@
 #include "qt/QtView.h"
 #include "studio/BatchRun.h"
-#include "studio/Exit.h"
+#include "studio/Console.h"
 #include "studio/MainWindow.h"
 #include "studio/Options.h"
 #include "studio/ProcessClock.h"
@@ -49,14 +49,14 @@ int fail(const QString& message, ExitCode code)
     return code;
 }
 
-int run(const Options& options, SceneLoader& loader)
+int run(const Options& options, SceneLoader& loader, std::FILE* output)
 {
     MainWindow window(&loader, !options.isBatch());
     if (options.size.isValid())
         window.resize(options.size);
     window.getView()->setShowStats(options.stats);
     if (options.isBatch())
-        new BatchRun(options, &window);
+        new BatchRun(options, &window, output);
     QObject::connect(&window, &MainWindow::nothingToShow,
                      [](const QString& message) { QCoreApplication::exit(fail(message, ExitFile)); });
 
@@ -80,6 +80,7 @@ int main(int argc, char** argv)
     if (options.action != Options::Action::Run)
         return showText(options, argc, argv);
 
+    std::FILE* output = claimOutput();
     // First of all, so that the model is read while the window comes up.
     SceneLoader loader;
     loader.load(options.file.isEmpty() ? showcaseFile() : options.file);
@@ -89,7 +90,7 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName("studio");
     QCoreApplication::setApplicationVersion(Version);
     QApplication application(argc, argv);
-    const int code = run(options, loader);
+    const int code = run(options, loader, output);
     if (!loader.stop(std::chrono::milliseconds(100))) {
         // An importer that does not notice the end must not hold it up, nor run into torn down statics.
         std::fflush(nullptr);

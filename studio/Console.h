@@ -14,9 +14,10 @@ enum ExitCode {
     ExitUsage = 64
 };
 
-inline void printLine(std::FILE* stream, const QByteArray& text)
-{
-    std::fprintf(stream, "%s\n", text.constData());
-}
+void printLine(std::FILE* stream, const QByteArray& text);
+
+/// The standard output for the caller alone: from now on, what the libraries print there (OpenSceneGraph its
+/// notices) goes to the standard error.
+std::FILE* claimOutput();
 
 } // namespace halvern::studio
