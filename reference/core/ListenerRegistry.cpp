@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <ostream>
+#include <string>
 #include <utility>
 
 namespace halvern::core::event {
@@ -110,7 +111,7 @@ void ListenerRegistry::deliver(EventQueue& queue)
         const bool isLong = batch.size() > longBatch;
         Lock lock(mutex);
         thread = std::this_thread::get_id();
-        for (; !batch.empty() && !queue.isStopped(); batch.pop_front()) {
+        for (; !batch.empty(); batch.pop_front()) {
             channel = batch.front().channel;
             next = 0;
             end = channel->listeners.size();
@@ -132,7 +133,8 @@ void ListenerRegistry::deliverNext(Lock& lock, Event& event)
     lock.unlock();
     try {
         listener->handleEvent(isLast ? std::move(event) : event);
-    } catch (...) { // NOLINT(bugprone-empty-catch): one that fails keeps nobody from their events
+    } catch (...) {
+        // A listener that fails keeps nobody from their events.
     }
     lock.lock();
     running = nullptr;

@@ -10,6 +10,7 @@
 #include <iosfwd>
 #include <mutex>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace halvern::core::event {

@@ -367,6 +367,74 @@ TEST(EventBaseTest, ObjectsDieUnderFire)
     });
 }
 
+/// Lets something happen once while a registration or a removal is under way, as another thread could.
+class InterruptedManager : public EventManager
+{
+public:
+    InterruptedManager() : EventManager(false) {}
+
+    using EventManager::removeEventListener;
+
+    void registerEventListener(EventListener* listener, EventType type) override
+    {
+        interrupt(duringRegistration);
+        EventManager::registerEventListener(listener, type);
+    }
+
+    void removeEventListener(EventListener* listener) override
+    {
+        interrupt(duringRemoval);
+        EventManager::removeEventListener(listener);
+    }
+
+    std::function<void()> duringRegistration;
+    std::function<void()> duringRemoval;
+
+private:
+    static void interrupt(std::function<void()>& interruption)
+    {
+        if (const auto once = std::exchange(interruption, nullptr))
+            once();
+    }
+};
+
+TEST(EventBaseTest, AManagerReplacedWhileItIsSetLosesTheRegistrations)
+{
+    const auto first = boost::make_shared<InterruptedManager>();
+    const auto second = boost::make_shared<EventManager>(false);
+    EventBase base({});
+    base.registerToListen(EventType("A"));
+    first->duringRegistration = [&] { base.setEventManager(second); };
+    base.setEventManager(first);
+    EXPECT_EQ(base.getEventManager(), second);
+    EXPECT_FALSE(first->isRegistered(&base));
+    EXPECT_TRUE(second->isRegistered(&base));
+}
+
+TEST(EventBaseTest, AManagerReplacedWhileAHandlerIsRegisteredLosesTheRegistration)
+{
+    const auto first = boost::make_shared<InterruptedManager>();
+    const auto second = boost::make_shared<EventManager>(false);
+    EventBase base(first);
+    first->duringRegistration = [&] { base.setEventManager(second); };
+    base.registerToListen(EventType("A"));
+    EXPECT_FALSE(first->isRegistered(&base));
+    EXPECT_TRUE(second->isRegistered(&base));
+}
+
+TEST(EventBaseTest, AManagerSetAgainWhileItIsLeftHasTheRegistrations)
+{
+    const auto first = boost::make_shared<InterruptedManager>();
+    const auto second = boost::make_shared<EventManager>(false);
+    EventBase base(first);
+    base.registerToListen(EventType("A"));
+    first->duringRemoval = [&] { base.setEventManager(first); };
+    base.setEventManager(second);
+    EXPECT_EQ(base.getEventManager(), first);
+    EXPECT_TRUE(first->isRegistered(&base));
+    EXPECT_FALSE(second->isRegistered(&base));
+}
+
 TEST(EventBaseTest, TheLastManagerSetFromSeveralThreadsHasAllRegistrations)
 {
     const Texts types = {"A", "B", "C", "D"};

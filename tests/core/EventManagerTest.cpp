@@ -294,6 +294,19 @@ TEST(EventManagerTest, AnEventNobodyListensToIsDroppedAtOnce)
     EXPECT_TRUE(texts.empty());
 }
 
+TEST(EventManagerTest, AnEventNobodyListensToAnyMoreIsDroppedAtOnce)
+{
+    EventManager manager(false);
+    FunctionListener listener([](const Event&) { ADD_FAILURE(); });
+    manager.registerEventListener(&listener, EventType("A"));
+    manager.removeEventListener(&listener);
+    Blocker blocker(manager);
+    manager.triggerEvent("A", "");
+    manager.registerEventListener(&listener, EventType("A"));
+    blocker.release();
+    manager.waitUntilIdle();
+}
+
 TEST(EventManagerTest, AListenerRemovedWhileAnEventIsQueuedDoesNotHearIt)
 {
     EventManager manager(false);
@@ -466,10 +479,13 @@ TEST(EventManagerTest, RemovalWaitsForOneDeliveryThoughTheListenerIsBackForTheNe
         entered.open();
         EXPECT_TRUE(released.wait());
         manager.registerEventListener(listener.get(), EventType("A"));
-        manager.triggerEvent("A", "next");
     });
     manager.registerEventListener(listener.get(), EventType("A"));
-    manager.triggerEvent("A", "");
+    {
+        Blocker blocker(manager); // so that the two are taken together
+        manager.triggerEvent("A", "first");
+        manager.triggerEvent("A", "next");
+    }
     ASSERT_TRUE(entered.wait());
     std::thread remover([&] {
         manager.removeEventListener(listener.get());
