@@ -9,7 +9,8 @@ namespace halvern::engine {
 DrawPass::DrawPass() :
     visitor(new osgUtil::CullVisitor),
     stateGraph(new osgUtil::StateGraph),
-    renderStage(new osgUtil::RenderStage)
+    renderStage(new osgUtil::RenderStage),
+    viewportState(new osg::StateSet)
 {
     renderStage->setSortMode(osgUtil::RenderBin::SORT_BY_STATE_THEN_FRONT_TO_BACK);
 }
@@ -18,7 +19,6 @@ void DrawPass::begin(osg::State& osgState, Eigen::Vector2i size, const Eigen::Ma
                      osg::StateSet* state, GLbitfield clearMask)
 {
     renderInfo.setState(&osgState);
-    passState = state;
     matricesInUse = 0;
 
     visitor->reset();
@@ -31,9 +31,12 @@ void DrawPass::begin(osg::State& osgState, Eigen::Vector2i size, const Eigen::Ma
     osg::ref_ptr<osg::Viewport> viewport = new osg::Viewport(0, 0, size.x(), size.y());
     renderStage->setViewport(viewport.get());
     renderStage->setClearMask(clearMask);
-    visitor->pushStateSet(passState);
+    // As state of the pass, or the state would fall back to a viewport of 800 x 600 when it is dirty.
+    viewportState->setAttribute(viewport.get());
+    visitor->pushStateSet(viewportState.get());
+    visitor->pushStateSet(state);
     visitor->pushViewport(viewport.get());
-    visitor->pushProjectionMatrix(new osg::RefMatrix(toOsg(projection)));
+    visitor->pushProjectionMatrix(new osg::RefMatrix(toOsgMatrix(projection)));
     visitor->pushModelViewMatrix(new osg::RefMatrix, osg::Transform::ABSOLUTE_RF);
 }
 
@@ -56,6 +59,7 @@ void DrawPass::draw()
     visitor->popModelViewMatrix();
     visitor->popProjectionMatrix();
     visitor->popViewport();
+    visitor->popStateSet();
     visitor->popStateSet();
     renderStage->sort();
     stateGraph->prune();

@@ -33,8 +33,8 @@ private:
     osg::ref_ptr<osgUtil::CullVisitor> visitor;
     osg::ref_ptr<osgUtil::StateGraph> stateGraph;
     osg::ref_ptr<osgUtil::RenderStage> renderStage;
+    osg::ref_ptr<osg::StateSet> viewportState;
     osg::RenderInfo renderInfo;
-    osg::StateSet* passState = nullptr;
 
     // Kept from frame to frame: allocating them costs more than filling them.
     std::vector<osg::ref_ptr<osg::RefMatrix>> matrices;

@@ -31,6 +31,18 @@ osg::ref_ptr<osg::Uniform> addArray(osg::StateSet& state, osg::Uniform::Type typ
     return uniform;
 }
 
+LightSlot::Kind slotKind(Kind kind)
+{
+    switch (kind) {
+    case Kind::Point:
+        return LightSlot::Near;
+    case Kind::Spot:
+        return LightSlot::Spot;
+    default:
+        return LightSlot::Far;
+    }
+}
+
 osg::ref_ptr<osg::StateSet> makeDepthState()
 {
     osg::ref_ptr<osg::StateSet> state = new osg::StateSet;
@@ -53,11 +65,13 @@ Renderer::Renderer() : frameState(new osg::StateSet), depthState(makeDepthState(
     addSampler(*frameState, "occlusionMap", TextureUnit::Occlusion);
     for (int i = 0; i < maxShadows; ++i)
         addSampler(*frameState, "shadowMap" + std::to_string(i), TextureUnit::FirstShadow + i);
-    lightPosition = addArray(*frameState, osg::Uniform::FLOAT_VEC4, "lightPosition", maxLights);
-    lightColor = addArray(*frameState, osg::Uniform::FLOAT_VEC4, "lightColor", maxLights);
-    lightDirection = addArray(*frameState, osg::Uniform::FLOAT_VEC4, "lightDirection", maxLights);
-    lightFalloff = addArray(*frameState, osg::Uniform::FLOAT_VEC4, "lightFalloff", maxLights);
+    lightPosition = addArray(*frameState, osg::Uniform::FLOAT_VEC3, "lightPosition", maxLights);
+    lightColor = addArray(*frameState, osg::Uniform::FLOAT_VEC3, "lightColor", maxLights);
+    lightFalloff = addArray(*frameState, osg::Uniform::FLOAT_VEC3, "lightFalloff", maxLights);
+    lightAxis = addArray(*frameState, osg::Uniform::FLOAT_VEC3, "lightAxis", maxLights);
+    lightCone = addArray(*frameState, osg::Uniform::FLOAT_VEC2, "lightCone", maxLights);
     shadowMatrix = addArray(*frameState, osg::Uniform::FLOAT_MAT4, "shadowMatrix", maxShadows);
+    shadowOffset = addArray(*frameState, osg::Uniform::FLOAT, "shadowOffset", maxShadows);
     up = addArray(*frameState, osg::Uniform::FLOAT_VEC3, "up", 1);
 }
 
@@ -103,49 +117,45 @@ void Renderer::prepareState()
 void Renderer::drawShadows(const SceneMirror& mirror, const LightSet& lights)
 {
     const bool hasCasters = !mirror.getCasterBounds().isEmpty();
-    std::vector<int> shadowOfLight;
+    std::vector<LightSlot> slots;
     int shadows = 0;
     for (const auto& light : lights.all()) {
         const bool casts = hasCasters && light->source.kind != Kind::Head && shadows < maxShadows;
-        shadowOfLight.push_back(casts ? shadows++ : -1);
+        slots.push_back({slotKind(light->source.kind), casts ? shadows++ : -1});
         if (!casts)
             continue;
         light->shadow.update(*light, mirror, shadowPass, *context->getState(), depthState.get());
-        frameState->setTextureAttribute(TextureUnit::FirstShadow + shadowOfLight.back(),
+        frameState->setTextureAttribute(TextureUnit::FirstShadow + slots.back().shadow,
                                         light->shadow.texture());
     }
     for (int i = shadows; i < maxShadows; ++i)
         frameState->removeTextureAttribute(TextureUnit::FirstShadow + i, osg::StateAttribute::TEXTURE);
-    programs.setLights(shadowOfLight);
+    programs.setLights(slots);
 }
 
 void Renderer::setFrameState(const View& view, const LightSet& lights)
 {
     const Eigen::Matrix3d rotation = view.toEye.linear();
     const Eigen::Matrix4d toWorld = view.toEye.inverse().matrix();
-    const Eigen::Vector3f newUp = rotation.col(1).cast<float>();
-    up->set(osg::Vec3f(newUp.x(), newUp.y(), newUp.z()));
-    int shadow = 0;
+    up->set(toOsgVector(Eigen::Vector3d(rotation.col(1))));
     for (size_t i = 0; i < lights.all().size(); ++i) {
-        SceneLight& light = *lights.all()[i];
+        const SceneLight& light = *lights.all()[i];
         const scene::LightSource& source = light.source;
         const Eigen::Vector3d direction =
             source.kind == Kind::Head ? Eigen::Vector3d(0, 0, -1) : rotation * light.direction;
-        const bool placed = source.kind == Kind::Point || source.kind == Kind::Spot;
-        lightPosition->setElement(i, placed ? toOsg(view.toEye * light.position, 1) : toOsg(-direction, 0));
-        double coneScale = 0;
-        double coneOffset = 1;
-        if (source.kind == Kind::Spot) {
-            const double outer = std::cos(source.outerCone);
-            coneScale = 1 / std::max(std::cos(source.innerCone) - outer, 1e-4);
-            coneOffset = -outer * coneScale;
-        }
-        lightColor->setElement(i, toOsg(light.color.cast<double>(), coneScale));
-        lightDirection->setElement(i, toOsg(direction, coneOffset));
-        const Eigen::Vector3d falloff = placed ? source.attenuation.cast<double>() : Eigen::Vector3d(1, 0, 0);
-        lightFalloff->setElement(i, toOsg(falloff, light.shadow.texelSize()));
-        if (light.shadow.isRendered() && shadow < maxShadows)
-            shadowMatrix->setElement(shadow++, osg::Matrixf(toOsg(light.shadow.toMap() * toWorld)));
+        const bool isFar = slotKind(source.kind) == LightSlot::Far;
+        const double outer = std::cos(source.outerCone);
+        const double scale = 1 / std::max(std::cos(source.innerCone) - outer, 1e-4);
+        lightPosition->setElement(i, toOsgVector(isFar ? -direction : view.toEye * light.position));
+        lightColor->setElement(i, toOsgVector(light.color.cast<double>()));
+        lightFalloff->setElement(i, toOsgVector(source.attenuation.cast<double>()));
+        lightAxis->setElement(i, toOsgVector(direction));
+        lightCone->setElement(i, osg::Vec2f(scale, -outer * scale));
+        const int shadow = programs.getLights()[i].shadow;
+        if (shadow < 0)
+            continue;
+        shadowMatrix->setElement(shadow, osg::Matrixf(toOsgMatrix(light.shadow.toMap() * toWorld)));
+        shadowOffset->setElement(shadow, float(light.shadow.texelSize() * 1.5));
     }
 }
 
@@ -163,7 +173,8 @@ void Renderer::drawSurfaces(const View& view, const SceneMirror& mirror)
         const Eigen::Affine3d toEye = view.toEye * mirror.getEntries()[surface.entry].world;
         const float depth = -(view.toEye * surface.bounds.center()).z();
         DrawPass& pass = surface.postRender ? postPass : mainPass;
-        pass.add(surface.geometry, toOsg(toEye), depth, programs.get(surface.features), surface.material);
+        pass.add(surface.geometry, toOsgMatrix(toEye.matrix()), depth, programs.get(surface.features),
+                 surface.material);
         hasPost |= surface.postRender;
         triangles += surface.geometry->triangleCount();
         vertices += surface.geometry->vertexCount();

@@ -57,7 +57,8 @@ private:
     DrawPass shadowPass;
     osg::ref_ptr<osg::StateSet> frameState;
     osg::ref_ptr<osg::StateSet> depthState;
-    osg::ref_ptr<osg::Uniform> lightPosition, lightColor, lightDirection, lightFalloff, shadowMatrix, up;
+    osg::ref_ptr<osg::Uniform> lightPosition, lightColor, lightFalloff, lightAxis, lightCone;
+    osg::ref_ptr<osg::Uniform> shadowMatrix, shadowOffset, up;
     unsigned int triangles = 0;
     unsigned int vertices = 0;
 };

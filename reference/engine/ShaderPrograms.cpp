@@ -8,17 +8,26 @@ namespace halvern::engine {
 
 namespace {
 
-const char* const vertexSource = R"(
-out vec3 position; // in eye coordinates, like everything that follows
+// Everything is in eye coordinates.
+const char* const varyings = R"(
+out vec3 position;
 out vec3 normal;
 out vec2 texCoord;
 out vec4 color;
+)";
+
+const char* const vertexMain = R"(
 void main()
 {
     vec4 eyePosition = gl_ModelViewMatrix * gl_Vertex;
     position = eyePosition.xyz;
-#if !defined(UNLIT) && !defined(FLAT_NORMALS)
-    normal = gl_NormalMatrix * gl_Normal;
+#ifndef UNLIT
+#ifdef FLAT_NORMALS
+    normal = vec3(0.0);
+#else
+    normal = normalize(gl_NormalMatrix * gl_Normal);
+#endif
+    findShadows();
 #endif
 #ifdef TEX_COORDS
     texCoord = gl_MultiTexCoord0.xy;
@@ -89,14 +98,16 @@ void main()
 // Normals that point away from the eye are turned round, by the facet and not by the winding: models with
 // the wrong winding, open surfaces and mirrored nodes all come out lit.
 const char* const shadingSource = R"(
-uniform vec4 lightPosition[LIGHTS + 1];  // w 0: the direction towards the light
-uniform vec4 lightColor[LIGHTS + 1];     // w: scale of the cone
-uniform vec4 lightDirection[LIGHTS + 1]; // w: offset of the cone
-uniform vec4 lightFalloff[LIGHTS + 1];   // constant, linear, quadratic; w: size of a texel of the shadow map
+uniform vec3 lightPosition[MAX_LIGHTS]; // of far lights the direction towards them
+uniform vec3 lightColor[MAX_LIGHTS];
+uniform vec3 lightFalloff[MAX_LIGHTS]; // constant, linear, quadratic
+uniform vec3 lightAxis[MAX_LIGHTS];    // of the cone of a spot light
+uniform vec2 lightCone[MAX_LIGHTS];    // scale and offset of the cosine
 uniform vec3 up;
 
 vec3 n;         // normal
 vec3 v;         // towards the eye
+float nv;
 vec3 diffuse;   // reflectances
 vec3 specular;
 float alpha2;   // fourth power of the roughness
@@ -131,22 +142,37 @@ vec3 readNormal()
     return m;
 }
 
-void addLight(vec4 place, vec4 shine, vec4 direction, vec4 falloff, float lit)
+// The light from direction l: a Lambert term and a GGX lobe, with the half vector's angles taken from the
+// sum l + v so that it needs no square root, and one division for all.
+void shine(vec3 l, vec3 color, float lit, float distanceLoss)
 {
-    vec3 l = place.xyz - position * place.w;
-    float d2 = max(dot(l, l), 1e-12);
+    float nl = dot(n, l);
+    float hh = 2.0 + 2.0 * dot(l, v);
+    float nh = nl + nv;
+    float q = nh * nh * (alpha2 - 1.0) + hh * 1.00001;
+    float fall = q * q * max(0.1, 0.25 * hh) * widening;
+    float inverse = max(nl, 0.0) * lit / (fall * distanceLoss + 1e-20);
+    float lobe = min(alpha2 * hh * hh, 60.0 * fall);
+    radiance += (diffuse * fall + specular * lobe) * color * inverse;
+}
+
+void shineFar(int i, float lit)
+{
+    shine(lightPosition[i], lightColor[i], lit, 1.0);
+}
+
+void shineNear(int i, float lit, bool spot)
+{
+    vec3 l = lightPosition[i] - position;
+    float d2 = dot(l, l) + 1e-12;
     float inverse = inversesqrt(d2);
     float d = d2 * inverse;
     l *= inverse;
-    float cone = clamp(shine.w * -dot(l, direction.xyz) + direction.w, 0.0, 1.0);
-    float strength = cone * cone * lit / (falloff.x + (falloff.y + falloff.z * d) * d);
-    float nl = clamp(dot(n, l), 0.0, 1.0);
-    vec3 h = normalize(l + v);
-    float nh = clamp(dot(n, h), 0.0, 1.0);
-    float lh = clamp(dot(l, h), 0.0, 1.0);
-    float q = nh * nh * (alpha2 - 1.0) + 1.00001;
-    float lobe = alpha2 / (q * q * max(0.1, lh * lh) * widening);
-    radiance += (diffuse + specular * min(lobe, 60.0)) * shine.rgb * (nl * strength);
+    if (spot) {
+        float cone = clamp(lightCone[i].y - lightCone[i].x * dot(l, lightAxis[i]), 0.0, 1.0);
+        lit *= cone * cone;
+    }
+    shine(l, lightColor[i], lit, lightFalloff[i].x + (lightFalloff[i].y + lightFalloff[i].z * d) * d);
 }
 
 // What a bright room with a dark floor would add.
@@ -155,12 +181,11 @@ vec3 surroundings(float roughness, float occlusion)
     float height = dot(n, up) * 0.5 + 0.5;
     vec3 ambient = mix(vec3(0.145, 0.135, 0.125), vec3(0.33, 0.35, 0.38), height);
     ambient *= 0.8 + 0.2 * n.z;
-    float nv = clamp(dot(n, v), 0.0, 1.0);
-    vec3 r = 2.0 * dot(n, v) * n - v;
+    vec3 r = 2.0 * nv * n - v;
     float blur = 0.06 + 0.9 * roughness;
     float horizon = clamp(dot(r, up) / blur * 0.5 + 0.5, 0.0, 1.0);
     vec3 mirrored = mix(vec3(0.11, 0.105, 0.10), vec3(0.60, 0.63, 0.68), horizon * horizon * (3.0 - 2.0 * horizon));
-    float grazing = 1.0 - nv;
+    float grazing = 1.0 - clamp(nv, 0.0, 1.0);
     grazing *= grazing;
     grazing *= grazing;
     vec3 fresnel = specular + (max(vec3(1.0 - roughness), specular) - specular) * grazing;
@@ -169,23 +194,24 @@ vec3 surroundings(float roughness, float occlusion)
 )";
 
 const char* const shadowSource = R"(
-uniform mat4 shadowMatrix[SHADOWS]; // from eye coordinates to those of the map
-float light(sampler2DShadow map, mat4 toMap, float texel)
+float texels(sampler2DShadow map, vec3 s)
 {
-    // A step off the surface keeps it from shadowing itself.
-    vec4 c = toMap * vec4(position + n * (texel * 1.5), 1.0);
+    s.z = min(s.z, 1.0);
+    const float r = 0.75 / SHADOW_MAP_SIZE;
+    return 0.25 * (texture(map, s + vec3(-r, -r, 0.0)) + texture(map, s + vec3(r, -r, 0.0)) +
+                   texture(map, s + vec3(-r, r, 0.0)) + texture(map, s + vec3(r, r, 0.0)));
+}
+float texel(sampler2DShadow map, vec4 c)
+{
     vec3 s = c.xyz / c.w;
     s.z = min(s.z, 1.0);
-    const float r = 0.75 / SHADOW_SIZE;
-    float sum = texture(map, s + vec3(-r, -r, 0.0)) + texture(map, s + vec3(r, -r, 0.0)) +
-                texture(map, s + vec3(-r, r, 0.0)) + texture(map, s + vec3(r, r, 0.0));
-    return c.w > 0.0 ? sum * 0.25 : 1.0;
+    return c.w > 0.0 ? texture(map, s) : 1.0;
 }
 )";
 
 // The lights are colours on white: 1 is what a surface facing a lamp gives back. What goes beyond rolls
 // off towards white instead of being cut.
-const char* const litMainBegin = R"(
+const char* const litMain = R"(
 void main()
 {
     vec4 base = readBaseColor();
@@ -206,14 +232,13 @@ void main()
     roughness = clamp(roughness, 0.08, 1.0);
     n = readNormal();
     v = -normalize(position);
+    nv = dot(n, v);
     diffuse = base.rgb * (1.0 - metalness);
     specular = mix(vec3(0.04), base.rgb, metalness);
     float alpha = roughness * roughness;
     alpha2 = alpha * alpha;
     widening = roughness * 4.0 + 2.0;
-)";
-
-const char* const litMainEnd = R"(
+    shineAll();
     radiance += surroundings(roughness, occlusion);
 #ifdef EMISSIVE_MAP
     radiance += emissive * toLinear(texture(emissiveMap, texCoord).rgb);
@@ -247,40 +272,56 @@ std::string defines(unsigned int features)
     return lines;
 }
 
-/// Unrolled, since samplers may only be indexed by constants.
-std::string lightCalls(const std::vector<int>& shadowOfLight)
+std::string constants()
 {
-    std::string calls;
-    for (size_t i = 0; i < shadowOfLight.size(); ++i) {
-        const std::string index = "[" + std::to_string(i) + "]";
-        std::string lit = "1.0";
-        if (shadowOfLight[i] >= 0) {
-            const std::string shadow = std::to_string(shadowOfLight[i]);
-            lit = "light(shadowMap" + shadow + ", shadowMatrix[" + shadow + "], lightFalloff" + index + ".w)";
-        }
-        calls += "    addLight(lightPosition" + index + ", lightColor" + index + ", lightDirection" + index +
-                 ", lightFalloff" + index + ", " + lit + ");\n";
+    return "#define MAX_LIGHTS " + std::to_string(maxLights) + "\n#define SHADOW_MAP_SIZE " +
+           std::to_string(shadowMapSize) + ".0\n";
+}
+
+/// Type and name of the varying with the place of a point in a shadow map: a far light's needs no division.
+std::string shadowCoord(const LightSlot& light)
+{
+    return (light.kind == LightSlot::Far ? "vec3 shadowCoord" : "vec4 shadowCoord") +
+           std::to_string(light.shadow) + ";\n";
+}
+
+/// Each point is looked up a step off its surface, which keeps surfaces from shadowing themselves.
+std::string findShadows(const std::vector<LightSlot>& lights)
+{
+    std::string declarations = "uniform mat4 shadowMatrix[" + std::to_string(maxShadows) +
+                               "];\nuniform float shadowOffset[" + std::to_string(maxShadows) + "];\n";
+    std::string body;
+    for (const LightSlot& light : lights) {
+        if (light.shadow < 0)
+            continue;
+        const std::string number = std::to_string(light.shadow);
+        declarations += "out " + shadowCoord(light);
+        body += "    shadowCoord" + number + " = (shadowMatrix[" + number +
+                "] * vec4(position + normal * shadowOffset[" + number + "], 1.0))" +
+                (light.kind == LightSlot::Far ? ".xyz;\n" : ";\n");
     }
-    return calls;
+    return declarations + "void findShadows()\n{\n" + body + "}\n";
 }
 
-std::string shadowDeclarations(int count)
+/// Unrolled, since samplers may only be indexed by constants.
+std::string shineAll(const std::vector<LightSlot>& lights)
 {
-    std::string lines = "#define SHADOWS " + std::to_string(count) + "\n" + "#define SHADOW_SIZE " +
-                        std::to_string(shadowMapSize) + ".0\n";
-    for (int i = 0; i < count; ++i)
-        lines += "uniform sampler2DShadow shadowMap" + std::to_string(i) + ";\n";
-    return lines + shadowSource;
-}
-
-std::string litSource(const std::vector<int>& shadowOfLight)
-{
-    int shadows = 0;
-    for (int shadow : shadowOfLight)
-        shadows += shadow >= 0;
-    return "#define LIGHTS " + std::to_string(shadowOfLight.size()) + "\n" + shadingSource +
-           (shadows ? shadowDeclarations(shadows) : "") + litMainBegin + lightCalls(shadowOfLight) +
-           litMainEnd;
+    std::string declarations;
+    std::string body;
+    for (size_t i = 0; i < lights.size(); ++i) {
+        const LightSlot& light = lights[i];
+        std::string lit = "1.0";
+        if (light.shadow >= 0) {
+            const std::string number = std::to_string(light.shadow);
+            declarations += "uniform sampler2DShadow shadowMap" + number + ";\nin " + shadowCoord(light);
+            lit = (light.kind == LightSlot::Far ? "texels(shadowMap" : "texel(shadowMap") + number +
+                  ", shadowCoord" + number + ")";
+        }
+        static const char* const calls[] = {"shineFar(", "shineNear(", "shineNear("};
+        static const char* const ends[] = {");\n", ", false);\n", ", true);\n"};
+        body += "    " + (calls[light.kind] + std::to_string(i)) + ", " + lit + ends[light.kind];
+    }
+    return declarations + "void shineAll()\n{\n" + body + "}\n";
 }
 
 } // namespace
@@ -294,11 +335,11 @@ osg::ref_ptr<osg::Program> makeProgram(const std::string& vertex, const std::str
     return program;
 }
 
-void ShaderPrograms::setLights(const std::vector<int>& newShadowOfLight)
+void ShaderPrograms::setLights(const std::vector<LightSlot>& newLights)
 {
-    if (newShadowOfLight == shadowOfLight)
+    if (newLights == lights)
         return;
-    shadowOfLight = newShadowOfLight;
+    lights = newLights;
     programs.clear();
 }
 
@@ -306,10 +347,13 @@ osg::StateSet* ShaderPrograms::get(unsigned int features)
 {
     osg::ref_ptr<osg::StateSet>& state = programs[features];
     if (!state) {
-        const std::string head = defines(features);
-        const std::string main = features & ShaderFeature::Unlit ? unlitMain : litSource(shadowOfLight);
+        const bool lit = !(features & ShaderFeature::Unlit);
+        const std::string head = constants() + defines(features);
         state = new osg::StateSet;
-        state->setAttribute(makeProgram(head + vertexSource, head + commonSource + main));
+        state->setAttribute(
+            makeProgram(head + varyings + (lit ? findShadows(lights) : "") + vertexMain,
+                        head + commonSource +
+                            (lit ? shadingSource + (shadowSource + shineAll(lights)) + litMain : unlitMain)));
     }
     return state.get();
 }

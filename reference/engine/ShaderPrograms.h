@@ -48,18 +48,31 @@ constexpr int maxShadows = 8;
 constexpr int shadowMapSize = 1024; ///< texels along each side
 constexpr int textureUnits = TextureUnit::FirstShadow + maxShadows;
 
+/// How a light takes part in the shading.
+struct LightSlot
+{
+    enum Kind { Far, Near, Spot };
+
+    Kind kind;
+    int shadow; ///< index of its shadow map, or -1
+
+    bool operator==(const LightSlot& other) const { return kind == other.kind && shadow == other.shadow; }
+};
+
 /// The programs that shade surfaces. They read the uniforms that MaterialStates and FrameState set.
 class ShaderPrograms
 {
 public:
-    /// One number per light: the index of its shadow map, or -1. Makes all programs anew if it differs.
-    void setLights(const std::vector<int>& newShadowOfLight);
+    /// Makes all programs anew if the lights differ.
+    void setLights(const std::vector<LightSlot>& newLights);
+
+    const std::vector<LightSlot>& getLights() const { return lights; }
 
     /// A state set with the program for a combination of ShaderFeature bits.
     osg::StateSet* get(unsigned int features);
 
 private:
-    std::vector<int> shadowOfLight;
+    std::vector<LightSlot> lights;
     std::map<unsigned int, osg::ref_ptr<osg::StateSet>> programs;
 };
 

@@ -98,7 +98,7 @@ void ShadowMap::draw(const Projection& projection, const SceneMirror& mirror, Dr
         if (!surface.castsShadow || !frustum.touches(surface.bounds))
             continue;
         const Eigen::Affine3d toEye = projection.toEye * mirror.getEntries()[surface.entry].world;
-        pass.add(surface.geometry, toOsg(toEye), 0, nullptr, nullptr);
+        pass.add(surface.geometry, toOsgMatrix(toEye.matrix()), 0, nullptr, nullptr);
     }
     pass.draw();
 }
