@@ -53,6 +53,8 @@ public:
     /// Follows the scene; a light that stays keeps its object.
     void update(const SceneMirror& mirror);
 
+    void clear() { lights.clear(); }
+
     const std::vector<boost::shared_ptr<SceneLight>>& all() const { return lights; }
 
 private:

@@ -77,19 +77,21 @@ Renderer::Renderer() : frameState(new osg::StateSet), depthState(makeDepthState(
 
 Renderer::~Renderer() = default;
 
-void Renderer::draw(const View& view, const SceneMirror* mirror, const LightSet* lights)
+void Renderer::draw(const View& view, const SceneMirror* mirror, const LightSet& lights, int selected)
 {
     const GLStateGuard guard;
     prepareState();
     osg::State& state = *context->getState();
     if (mirror)
-        drawShadows(*mirror, *lights);
+        drawShadows(*mirror, lights);
     target.resize(view.size);
     target.bind(state);
     triangles = vertices = 0;
     if (mirror) {
-        setFrameState(view, *lights);
+        setFrameState(view, lights);
         drawSurfaces(view, *mirror);
+        if (selected >= 0)
+            outline.draw(state, target, view, *mirror, selected);
     } else {
         mainPass.begin(state, view.size, view.projection, frameState.get(),
                        GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);

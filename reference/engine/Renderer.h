@@ -3,6 +3,7 @@
 #include "engine/renderer/IRenderer.h"
 #include "reference/engine/DrawPass.h"
 #include "reference/engine/EmbeddedContext.h"
+#include "reference/engine/Outline.h"
 #include "reference/engine/RenderTarget.h"
 #include "reference/engine/ShaderPrograms.h"
 #include "reference/engine/View.h"
@@ -24,8 +25,8 @@ public:
 
     bool isContextCurrent() const { return context->isCurrent(); }
 
-    /// Draws a frame into the target; both may be empty.
-    void draw(const View& view, const SceneMirror* mirror, const LightSet* lights);
+    /// Draws a frame. Without a scene the picture is the background; the selected entry is -1 for none.
+    void draw(const View& view, const SceneMirror* mirror, const LightSet& lights, int selected);
 
     unsigned int getColorTexture() const;
 
@@ -55,6 +56,7 @@ private:
     DrawPass mainPass;
     DrawPass postPass;
     DrawPass shadowPass;
+    Outline outline;
     osg::ref_ptr<osg::StateSet> frameState;
     osg::ref_ptr<osg::StateSet> depthState;
     osg::ref_ptr<osg::Uniform> lightPosition, lightColor, lightFalloff, lightAxis, lightCone;

@@ -153,9 +153,8 @@ void SceneMirror::findBounds() const
 Eigen::AlignedBox3d SceneMirror::getBounds(int entry) const
 {
     Eigen::AlignedBox3d box;
-    for (int i = entry; i < entries[entry].end; ++i)
-        for (int s = entries[i].firstSurface; s < entries[i].endSurface; ++s)
-            box.extend(surfaces[s].bounds);
+    for (int s = entries[entry].firstSurface; s < endSurface(entry); ++s)
+        box.extend(surfaces[s].bounds);
     return box;
 }
 

@@ -86,6 +86,9 @@ public:
     /// Of the surfaces at and below a place.
     Eigen::AlignedBox3d getBounds(int entry) const;
 
+    /// The surfaces at and below a place end before this one; they begin with the place's first.
+    int endSurface(int entry) const { return entries[entries[entry].end - 1].endSurface; }
+
     /// Of the surfaces that cast shadows.
     const Eigen::AlignedBox3d& getCasterBounds() const;
 

@@ -79,6 +79,13 @@ double ViewCamera::pixelSize(double depth) const
     return 2 * std::tan(fieldOfView() / 2) * depth / size.y();
 }
 
+PickRay ViewCamera::getRay(Eigen::Vector2d point, const Eigen::AlignedBox3d& bounds) const
+{
+    PickRay ray{eye, directionAt(point), getAxes(), 0, 0, pixelSize(1)};
+    clipRange(bounds, ray.zNear, ray.zFar);
+    return ray;
+}
+
 View ViewCamera::getView(const Eigen::AlignedBox3d& bounds) const
 {
     View view;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "reference/engine/Picker.h"
 #include "reference/engine/View.h"
 
 #include <Eigen/Geometry>
@@ -33,6 +34,7 @@ public:
     bool isFollowing() const { return following; }
 
     void resize(Eigen::Vector2i newSize) { size = newSize; }
+    Eigen::Vector2i getSize() const { return size; }
 
     /// Turns round a point of the world: to the right about the vertical axis and upwards, in radians.
     void orbit(const Eigen::Vector3d& pivot, double right, double upwards);
@@ -47,11 +49,15 @@ public:
     Eigen::Vector3d getForward() const { return orientation * -Eigen::Vector3d::UnitZ(); }
     Eigen::Matrix3d getAxes() const { return orientation.toRotationMatrix(); }
 
-    /// Direction into the picture at a point in logical pixels, y upwards; of length 1 along the view axis.
+    /// Direction into the picture at a point in pixels, y upwards; as long as it takes to get one further
+    /// along the view axis.
     Eigen::Vector3d directionAt(Eigen::Vector2d point) const;
 
     /// Size of a pixel in the world at a distance along the view axis.
     double pixelSize(double depth) const;
+
+    /// The line of sight through a point in pixels, y upwards.
+    PickRay getRay(Eigen::Vector2d point, const Eigen::AlignedBox3d& bounds) const;
 
     /// The view; the scene's bounds are for the clipping planes.
     View getView(const Eigen::AlignedBox3d& bounds) const;

@@ -1,49 +1,151 @@
 #include "engine/window/Window.h"
 
-#include "engine/core/event/EventBase.h"
 #include "engine/fx/FXManager.h"
 #include "engine/fx/FXPipeline.h"
-#include "engine/fx/FXRenderTarget.h"
-#include "engine/logic/CameraInputHandler.h"
-#include "engine/logic/LogicManager.h"
 #include "engine/scene/Camera.h"
 #include "engine/scene/CameraInstance.h"
+#include "engine/scene/Node.h"
 #include "engine/scene/SceneManager.h"
 #include "engine/scenegraph/RenderSceneGraph.h"
-#include "engine/window/ILayout.h"
+#include "reference/engine/CameraControl.h"
 #include "reference/engine/LightSet.h"
 #include "reference/engine/LiveRenderTarget.h"
-#include "reference/engine/Motion.h"
 #include "reference/engine/NativeContext.h"
+#include "reference/engine/Picker.h"
 #include "reference/engine/Renderer.h"
 #include "reference/engine/SceneMirror.h"
-#include "reference/engine/ViewCamera.h"
+#include "reference/engine/WindowEvents.h"
+#include "reference/engine/WindowLayout.h"
 #include "reference/scene/CameraPose.h"
 
 #include <boost/make_shared.hpp>
+#include <boost/weak_ptr.hpp>
+
+#include <vector>
 
 namespace halvern::engine::window {
 
-struct Window::Private
+namespace {
+
+/// Keeps the full-screen effects of the window.
+class Pipeline : public fx::FXPipeline
 {
-    explicit Private(boost::shared_ptr<core::event::EventManager> eventManager) : events(eventManager) {}
+public:
+    void pushBack(boost::shared_ptr<fx::FXSceneEffect> effect) override
+    {
+        if (effect)
+            stages.push_back(effect);
+    }
 
-    core::event::EventBase events;
-    std::string name;
-    Eigen::Vector2i size{1, 1};
-    boost::shared_ptr<ILayout> layout;
-    boost::shared_ptr<scene::SceneManager> sceneManager;
-    boost::shared_ptr<LiveRenderTarget> colorRenderTarget = boost::make_shared<LiveRenderTarget>();
-    ViewCamera camera;
-    boost::shared_ptr<scene::CameraInstance> activeCamera;
-
-    void followCamera();
-
-    // First of the three: what it drew must be gone before it goes.
-    std::unique_ptr<Renderer> renderer;
-    std::unique_ptr<LightSet> lights;
-    std::unique_ptr<SceneMirror> mirror;
+private:
+    std::vector<boost::shared_ptr<fx::FXSceneEffect>> stages;
 };
+
+/// The scene in the window, with its lights.
+class WindowScene : public scenegraph::RenderSceneGraph
+{
+public:
+    explicit WindowScene(boost::shared_ptr<LightSet> newLights) : lights(newLights) {}
+
+    boost::shared_ptr<light::LightManager> getLightManager() override { return lights; }
+
+private:
+    const boost::shared_ptr<LightSet> lights;
+};
+
+} // namespace
+
+struct Window::Private : ControlledScene
+{
+    Private(boost::shared_ptr<core::event::EventManager> eventManager, std::string name);
+
+    boost::optional<Eigen::Vector3d> getPointAt(Eigen::Vector2i point) override;
+    Eigen::AlignedBox3d getBounds() override;
+    Eigen::AlignedBox3d getSelectionBounds() override;
+    void click(Eigen::Vector2i point) override;
+
+    void syncScene();
+    void activateCamera(const std::string& sid);
+    void followCamera();
+    void makeFXManager();
+    void answer(const PickRequest& request);
+    void forgetScene();
+    int getSelectedEntry() const;
+    boost::optional<PickHit> pickAt(Eigen::Vector2i point) const;
+    PickRay rayAt(Eigen::Vector2i point) const;
+    std::string idOf(const PickHit& hit) const;
+
+    const std::string name;
+    const boost::shared_ptr<WindowEvents> events;
+    const boost::shared_ptr<FrameCounts> counts = boost::make_shared<FrameCounts>();
+    const boost::shared_ptr<LiveRenderTarget> colorRenderTarget = boost::make_shared<LiveRenderTarget>();
+    const boost::shared_ptr<fx::FXPipeline> pipeline = boost::make_shared<Pipeline>();
+    const boost::shared_ptr<logic::CameraInputHandler> inputHandler = boost::make_shared<ViewInputHandler>();
+    const boost::shared_ptr<LightSet> lights = boost::make_shared<LightSet>();
+    const boost::shared_ptr<WindowScene> renderScene = boost::make_shared<WindowScene>(lights);
+    ViewCamera camera;
+    const boost::shared_ptr<CameraControl> control = boost::make_shared<CameraControl>(camera, *this);
+    boost::shared_ptr<ILayout> layout;
+    boost::shared_ptr<fx::FXManager> fxManager;
+    Eigen::Vector2i size = Eigen::Vector2i::Ones();
+
+    boost::shared_ptr<scene::SceneManager> sceneManager;
+    boost::shared_ptr<scene::CameraInstance> activeCamera;
+    boost::weak_ptr<scene::Node> selected;
+    std::unique_ptr<SceneMirror> mirror; // from the first update with a scene
+    std::unique_ptr<Renderer> renderer;  // from init; its context is that of all OpenGL names here
+};
+
+Window::Private::Private(boost::shared_ptr<core::event::EventManager> eventManager, std::string newName) :
+    name(newName),
+    events(boost::make_shared<WindowEvents>(eventManager)),
+    layout(boost::make_shared<WindowLayout>(events, counts))
+{}
+
+boost::optional<Eigen::Vector3d> Window::Private::getPointAt(Eigen::Vector2i point)
+{
+    if (const auto hit = pickAt(point))
+        return rayAt(point).at(hit->depth);
+    return {};
+}
+
+Eigen::AlignedBox3d Window::Private::getBounds()
+{
+    return mirror ? mirror->getBounds() : Eigen::AlignedBox3d();
+}
+
+Eigen::AlignedBox3d Window::Private::getSelectionBounds()
+{
+    const int entry = getSelectedEntry();
+    return entry < 0 ? Eigen::AlignedBox3d() : mirror->getBounds(entry);
+}
+
+void Window::Private::click(Eigen::Vector2i point)
+{
+    const auto hit = pickAt(point);
+    events->triggerEvent("ObjectSelected", (hit ? idOf(*hit) : "") + ", Window");
+}
+
+void Window::Private::syncScene()
+{
+    if (!sceneManager)
+        return;
+    if (!mirror)
+        mirror = std::make_unique<SceneMirror>(sceneManager);
+    mirror->update();
+    lights->update(*mirror);
+}
+
+void Window::Private::activateCamera(const std::string& sid)
+{
+    for (unsigned int i = 0; auto instance = sceneManager->getCameraInstanceAt(i); ++i) {
+        if (instance->getSID() != sid)
+            continue;
+        activeCamera = instance;
+        camera.reset();
+        return;
+    }
+}
 
 void Window::Private::followCamera()
 {
@@ -60,45 +162,107 @@ void Window::Private::followCamera()
                   {lens.getZNear(), lens.getZFar(), lens.getYFov()});
 }
 
-Window::Window(boost::shared_ptr<core::event::EventManager> eventManager, std::string name) :
-    d(new Private(eventManager))
+void Window::Private::makeFXManager()
 {
-    d->name = name;
+    fxManager = boost::make_shared<fx::FXManager>(sceneManager, events->getEventManager());
 }
+
+void Window::Private::answer(const PickRequest& request)
+{
+    const auto hit = pickAt({request.x, request.y});
+    const std::string place =
+        hit ? idOf(*hit) + ", " + std::to_string(hit->index) + ", 0" : std::string(", , ");
+    events->triggerEvent("ObjectPicked", place + ", " + std::to_string(request.x) + ", " +
+                                             std::to_string(request.y) + ", " + request.tag);
+}
+
+void Window::Private::forgetScene()
+{
+    mirror.reset();
+    lights->clear();
+    activeCamera.reset();
+    selected.reset();
+    camera.reset();
+}
+
+int Window::Private::getSelectedEntry() const
+{
+    const auto node = selected.lock();
+    return mirror && node ? mirror->findEntry(node.get()) : -1;
+}
+
+boost::optional<PickHit> Window::Private::pickAt(Eigen::Vector2i point) const
+{
+    if (!mirror)
+        return {};
+    return pick(*mirror, rayAt(point));
+}
+
+PickRay Window::Private::rayAt(Eigen::Vector2i point) const
+{
+    // Through the middle of the pixel: hosts count y from the bottom edge up to the pixel's upper edge.
+    return camera.getRay({point.x() + 0.5, point.y() - 0.5}, mirror->getBounds());
+}
+
+std::string Window::Private::idOf(const PickHit& hit) const
+{
+    return mirror->getEntries()[hit.entry].node->getID();
+}
+
+Window::Window(boost::shared_ptr<core::event::EventManager> eventManager, std::string name) :
+    d(new Private(eventManager, name))
+{}
 
 Window::~Window()
 {
-    setEventManager({});
+    d->events->setEventManager({});
+    d->control->detach();
+    // What was drawn with the renderer's context goes before the context does.
+    d->forgetScene();
 }
 
 void Window::init()
 {
+    if (!d->fxManager)
+        d->makeFXManager();
     if (!d->renderer && currentNativeContext())
         d->renderer = std::make_unique<Renderer>();
 }
 
 void Window::update()
 {
-    if (!d->sceneManager)
-        return;
-    if (!d->mirror) {
-        d->mirror = std::make_unique<SceneMirror>(d->sceneManager);
-        d->lights = std::make_unique<LightSet>();
-    } else {
-        d->mirror->update();
-    }
-    d->lights->update(*d->mirror);
+    const WindowEvents::Pending pending = d->events->take();
     d->camera.resize(d->size);
-    d->followCamera();
+    if (d->sceneManager) {
+        d->syncScene();
+        if (pending.selection)
+            d->selected = d->sceneManager->getNodeByID(*pending.selection);
+        if (pending.activeCamera)
+            d->activateCamera(*pending.activeCamera);
+        d->control->advance();
+        d->followCamera();
+    }
+    for (const PickRequest& request : pending.picks)
+        d->answer(request);
 }
 
 void Window::render()
 {
+    if (d->renderer && !d->renderer->isContextCurrent()) {
+        if (!currentNativeContext())
+            return;
+        // The view moved to another context: what was made in the old one is of no use here.
+        d->mirror.reset();
+        d->lights->clear();
+        d->renderer.reset();
+        d->syncScene();
+    }
     init();
     if (!d->renderer)
         return;
-    const Eigen::AlignedBox3d bounds = d->mirror ? d->mirror->getBounds() : Eigen::AlignedBox3d();
-    d->renderer->draw(d->camera.getView(bounds), d->mirror.get(), d->lights.get());
+    d->camera.resize(d->size);
+    d->renderer->draw(d->camera.getView(d->getBounds()), d->mirror.get(), *d->lights, d->getSelectedEntry());
+    d->counts->set(d->renderer->getTriangleCount(), d->renderer->getVertexCount());
     d->colorRenderTarget->setTextureID(d->renderer->getColorTexture());
 }
 
@@ -109,18 +273,19 @@ void Window::resize(Eigen::Vector2i size)
 
 void Window::attach(boost::shared_ptr<scene::SceneManager> sceneManager)
 {
-    d->lights.reset();
-    d->mirror.reset();
-    d->activeCamera.reset();
-    d->camera.reset();
+    d->forgetScene();
     d->sceneManager = sceneManager;
+    if (d->fxManager)
+        d->makeFXManager();
     if (sceneManager)
-        d->events.triggerEvent("SceneAttached", "");
+        d->events->triggerEvent("SceneAttached", "");
 }
 
 void Window::setEventManager(boost::shared_ptr<core::event::EventManager> eventManager)
 {
-    d->events.setEventManager(eventManager);
+    d->events->setEventManager(eventManager);
+    if (d->fxManager)
+        d->makeFXManager();
 }
 
 boost::shared_ptr<ILayout> Window::getLayout()
@@ -138,12 +303,12 @@ bool Window::setLayout(boost::shared_ptr<ILayout> layout)
 
 boost::shared_ptr<logic::LogicManager> Window::getLogicManager()
 {
-    return {};
+    return d->control;
 }
 
 boost::shared_ptr<logic::CameraInputHandler> Window::getCameraInputHandler()
 {
-    return {};
+    return d->inputHandler;
 }
 
 boost::shared_ptr<scene::SceneManager> Window::getSceneManager()
@@ -153,17 +318,17 @@ boost::shared_ptr<scene::SceneManager> Window::getSceneManager()
 
 boost::shared_ptr<fx::FXManager> Window::getFXManager()
 {
-    return {};
+    return d->fxManager;
 }
 
 boost::shared_ptr<fx::FXPipeline> Window::getFXPipeline()
 {
-    return {};
+    return d->pipeline;
 }
 
 boost::shared_ptr<scenegraph::IRenderScene> Window::getRenderScene()
 {
-    return {};
+    return d->renderScene;
 }
 
 boost::shared_ptr<fx::FXRenderTarget> Window::getColorRenderTarget()
@@ -179,11 +344,6 @@ std::string Window::getName() const
 Eigen::Vector2i Window::getSize() const
 {
     return d->size;
-}
-
-bool isMoving(Window&)
-{
-    return false;
 }
 
 } // namespace halvern::engine::window
