@@ -97,8 +97,7 @@ void Renderer::draw(const View& view, const SceneMirror* mirror, const LightSet&
                        GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
         mainPass.draw();
     }
-    state.unbindVertexArrayObject();
-    state.setActiveTextureUnit(0);
+    finishState();
     osg::flushAllDeletedGLObjects(state.getContextID());
 }
 
@@ -111,9 +110,19 @@ void Renderer::prepareState()
 {
     osg::State& state = *context->getState();
     state.initializeExtensionProcs();
-    state.dirtyAllModes();
     state.dirtyAllAttributes();
     state.dirtyAllVertexArrays();
+}
+
+void Renderer::finishState()
+{
+    // All switches are off at the beginning of a frame, so they have to be off for the state too at the end
+    // of the one before. (State::dirtyAllModes() cannot replace this: it makes the state believe the
+    // opposite of what it believed.)
+    osg::State& state = *context->getState();
+    state.apply();
+    state.unbindVertexArrayObject();
+    state.setActiveTextureUnit(0);
 }
 
 void Renderer::drawShadows(const SceneMirror& mirror, const LightSet& lights)

@@ -44,6 +44,7 @@ private:
     };
 
     void prepareState();
+    void finishState();
     void drawShadows(const SceneMirror& mirror, const LightSet& lights);
     void setFrameState(const View& view, const LightSet& lights);
     void drawSurfaces(const View& view, const SceneMirror& mirror);
