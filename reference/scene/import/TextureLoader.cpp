@@ -144,7 +144,9 @@ std::shared_ptr<const Image> TextureLoader::loadFile(const std::string& name)
         warnings.push_back("texture not found: " + name);
         return {};
     }
-    const auto [known, isNew] = byFile.try_emplace(file);
+    std::error_code error;
+    const fs::path canonical = fs::canonical(file, error);
+    const auto [known, isNew] = byFile.try_emplace(error ? file : canonical);
     if (isNew) {
         std::ifstream stream(file, std::ios::binary);
         const std::vector<uint8_t> encoded{std::istreambuf_iterator<char>(stream), {}};

@@ -1,0 +1,147 @@
+// The importer on the models of the package assimp-testmodels.
+
+#include "engine/scene/Camera.h"
+#include "engine/scene/CameraInstance.h"
+#include "reference/scene/Importer.h"
+#include "reference/scene/Mesh.h"
+#include "tests/scene/SceneHelpers.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+namespace {
+
+using namespace halvern::scene;
+using namespace halvern::test;
+namespace fs = std::filesystem;
+
+const std::string Models = HALVERN_TEST_MODELS;
+
+struct ImportModelsTest : testing::Test
+{
+    void SetUp() override
+    {
+        if (!fs::is_directory(Models))
+            GTEST_SKIP() << Models << " is not installed";
+    }
+};
+
+/// No index out of range, no array of the wrong length, no number that is none.
+void expectDrawable(const ImportedScene& imported)
+{
+    for (const auto& node : imported.sceneManager->getNodeArray()) {
+        EXPECT_EQ(node->getID().find(','), std::string::npos);
+        for (const auto& mesh : getGeometries(*node)) {
+            const size_t count = mesh->positions.size();
+            EXPECT_FALSE(mesh->indices.empty());
+            for (const uint32_t index : mesh->indices)
+                ASSERT_LT(index, count);
+            EXPECT_TRUE(mesh->normals.empty() || mesh->normals.size() == count);
+            EXPECT_TRUE(mesh->texCoords.empty() || mesh->texCoords.size() == count);
+            EXPECT_TRUE(mesh->colors.empty() || mesh->colors.size() == count);
+            EXPECT_TRUE(mesh->bounds.min().allFinite() && mesh->bounds.max().allFinite());
+        }
+    }
+}
+
+TEST_F(ImportModelsTest, CountsAreThoseOfTheFile)
+{
+    struct Expected
+    {
+        const char* file;
+        unsigned nodes, materials, cameras, lights, animations;
+    };
+    // As the program `assimp` reports them.
+    for (const Expected& expected : {
+             Expected{"glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb", 83, 7, 1, 0, 0},
+             Expected{"OBJ/spider.obj", 20, 4, 0, 0, 0},
+             Expected{"FBX/huesitos.fbx", 16, 1, 1, 1, 1},
+             Expected{"Collada/duck.dae", 4, 1, 1, 1, 0},
+             Expected{"IFC/AC14-FZK-Haus.ifc", 216, 11, 0, 0, 0},
+         }) {
+        const auto imported = importScene(Models + "/" + expected.file, {});
+        EXPECT_EQ(imported.counts.nodes, expected.nodes) << expected.file;
+        EXPECT_EQ(imported.counts.materials, expected.materials) << expected.file;
+        EXPECT_EQ(imported.counts.cameras, expected.cameras) << expected.file;
+        EXPECT_EQ(imported.counts.lights, expected.lights) << expected.file;
+        EXPECT_EQ(imported.counts.animations, expected.animations) << expected.file;
+        EXPECT_EQ(imported.sceneManager->getMaterialList().size(), expected.materials);
+        expectDrawable(imported);
+    }
+}
+
+TEST_F(ImportModelsTest, BrokenFilesAreRefusedWithTheirNameAndAReason)
+{
+    unsigned refused = 0;
+    for (const char* folder : {"invalid", "glTF2/wrongTypes", "glTF2/RecursiveNodes", "glTF2/MissingBin"}) {
+        for (const auto& entry : fs::directory_iterator(Models + "/" + folder)) {
+            try {
+                expectDrawable(importScene(entry.path().string(), {}));
+            } catch (const ImportError& error) {
+                EXPECT_THAT(error.what(), testing::StartsWith(entry.path().string() + ": "));
+                EXPECT_GT(std::string(error.what()).size(), entry.path().string().size() + 5);
+                ++refused;
+            }
+        }
+    }
+    EXPECT_GT(refused, 15u);
+}
+
+TEST_F(ImportModelsTest, BadIndicesAreShownWithoutReadingOutOfBounds)
+{
+    unsigned shown = 0;
+    for (const char* folder : {"glTF2/IndexOutOfRange", "glTF2/IncorrectVertexArrays"}) {
+        for (const auto& entry : fs::recursive_directory_iterator(Models + "/" + folder)) {
+            const auto extension = entry.path().extension();
+            if (extension != ".gltf" && extension != ".glb")
+                continue;
+            try {
+                expectDrawable(importScene(entry.path().string(), {}));
+                ++shown;
+            } catch (const ImportError& error) {
+                EXPECT_THAT(error.what(), testing::HasSubstr("has no faces")); // not one good index
+            }
+        }
+    }
+    EXPECT_GT(shown, 1u);
+}
+
+TEST_F(ImportModelsTest, FilesThatBringAssimpDownAreSurvived)
+{
+    // A tree with gaps, a mesh without faces, no root at all.
+    EXPECT_EQ(importScene(Models + "/RAW/WithColor.raw", {}).counts.triangles, 2u);
+    EXPECT_EQ(importScene(Models + "/STL/triangle_with_empty_solid.stl", {}).counts.triangles, 1u);
+    EXPECT_EQ(importScene(Models + "/OpenGEX/empty_camera.ogex", {}).counts.nodes, 0u);
+    EXPECT_THROW(importScene(Models + "/invalid/OutOfMemory.off", {}), ImportError);
+}
+
+TEST_F(ImportModelsTest, LightsThatNoNodeCarriesAreLeftOutWithAWarning)
+{
+    const auto imported = importScene(Models + "/OpenGEX/light_issue1262.ogex", {});
+    EXPECT_EQ(imported.counts.lights, 3u);
+    EXPECT_THAT(imported.warnings, testing::Contains(testing::HasSubstr("no node carries it")));
+    const auto root = imported.sceneManager->getRoot();
+    EXPECT_EQ(root->getChildNode(root->getChildCount() - 1)->getName(), "Key light");
+}
+
+TEST_F(ImportModelsTest, OneModelOfEveryFormatIsDrawable)
+{
+    for (const auto& format : fs::directory_iterator(Models)) {
+        if (!format.is_directory())
+            continue;
+        for (const auto& entry : fs::directory_iterator(format.path())) {
+            if (!entry.is_regular_file())
+                continue;
+            try {
+                expectDrawable(importScene(entry.path().string(), {}));
+                break;
+            } catch (const ImportError&) {
+                continue; // a texture, a text, or a format that Assimp does not know
+            }
+        }
+    }
+}
+
+} // namespace
