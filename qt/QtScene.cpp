@@ -56,6 +56,18 @@ void showNode(QTreeWidgetItem& item, const scene::Node& node)
     item.setBackground(NameColumn, getBackground(node.inLayer(castShadowLayer)));
 }
 
+/// Fills the item and the items of all nodes below its own; returns their number.
+int fill(QtSceneItem& item, const scene::Node& node)
+{
+    showNode(item, node);
+    int count = 1;
+    const unsigned int childCount = node.getChildCount();
+    for (unsigned int i = 0; i < childCount; ++i)
+        if (const auto child = node.getChildNode(i))
+            count += fill(*new QtSceneItem(child, &item), *child);
+    return count;
+}
+
 /// Unfolds what is not marked as hidden. The mark counts: the node may have changed since it was read.
 void expandVisible(QTreeWidgetItem* item)
 {
@@ -216,15 +228,7 @@ void QtScene::postRenderNode()
 int QtScene::populateTree(QtSceneItem* item)
 {
     const auto node = item->getNode();
-    if (!node)
-        return 0;
-    showNode(*item, *node);
-    int count = 1;
-    const unsigned int childCount = node->getChildCount();
-    for (unsigned int i = 0; i < childCount; ++i)
-        if (const auto child = node->getChildNode(i))
-            count += populateTree(new QtSceneItem(child, item));
-    return count;
+    return node ? fill(*item, *node) : 0;
 }
 
 QTreeWidgetItem* QtScene::findItemWorker(QTreeWidgetItem* item, QString text, int column)
