@@ -40,19 +40,15 @@ bool isUsable(const std::shared_ptr<const scene::Image>& image)
            image->pixels.size() >= size_t(image->width) * image->height * image->channels;
 }
 
-float toLinear(float c)
-{
-    return c <= 0.04045f ? c / 12.92f : std::pow((c + 0.055f) / 1.055f, 2.4f);
-}
-
+// As the shader does it.
 osg::Vec3f toLinear(const Eigen::Vector3f& c)
 {
-    return {toLinear(c.x()), toLinear(c.y()), toLinear(c.z())};
+    return {c.x() * c.x(), c.y() * c.y(), c.z() * c.z()};
 }
 
 osg::Vec4f toLinear(const Eigen::Vector4f& c)
 {
-    return {toLinear(c.x()), toLinear(c.y()), toLinear(c.z()), c.w()};
+    return {c.x() * c.x(), c.y() * c.y(), c.z() * c.z(), c.w()};
 }
 
 std::shared_ptr<const StandardMaterial> valuesOf(const boost::shared_ptr<scene::Material>& material)

@@ -32,10 +32,6 @@ osg::ref_ptr<osg::Texture2D> makeTexture(RenderTarget::Kind kind, Eigen::Vector2
         texture->setSourceType(GL_UNSIGNED_INT);
         texture->setShadowComparison(true);
         texture->setShadowCompareFunc(osg::Texture::LEQUAL);
-        // Outside of the map there is light.
-        texture->setWrap(osg::Texture::WRAP_S, osg::Texture::CLAMP_TO_BORDER);
-        texture->setWrap(osg::Texture::WRAP_T, osg::Texture::CLAMP_TO_BORDER);
-        texture->setBorderColor(osg::Vec4d(1, 1, 1, 1));
         break;
     }
     return texture;

@@ -9,6 +9,7 @@
 
 #include <osg/PolygonOffset>
 #include <osg/Program>
+#include <osg/Scissor>
 #include <osgUtil/RenderStage>
 
 namespace halvern::engine {
@@ -48,6 +49,9 @@ osg::ref_ptr<osg::StateSet> makeDepthState()
     osg::ref_ptr<osg::StateSet> state = new osg::StateSet;
     state->setMode(GL_DEPTH_TEST, osg::StateAttribute::ON);
     state->setAttributeAndModes(new osg::PolygonOffset(2, 4));
+    // The outermost texels stay empty, so that outside of the map there is light; a border colour would
+    // cost every lookup.
+    state->setAttribute(new osg::Scissor(1, 1, shadowMapSize - 2, shadowMapSize - 2));
     state->setAttribute(makeProgram("void main() { gl_Position = ftransform(); }", "void main() {}"));
     return state;
 }

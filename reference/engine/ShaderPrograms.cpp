@@ -56,17 +56,15 @@ uniform sampler2D normalMap;
 uniform sampler2D emissiveMap;
 uniform sampler2D occlusionMap;
 
-// Polynomials that stay within half a step of eight bits of the sRGB curves.
+// Squares and roots instead of the sRGB curve: a colour that nothing changes comes out as it went in, for a
+// tenth of the cost.
 vec3 toLinear(vec3 c)
 {
-    return c * (c * (c * 0.305306011 + 0.682171111) + 0.012522878);
+    return c * c;
 }
 vec3 toDisplay(vec3 c)
 {
-    vec3 s1 = sqrt(c);
-    vec3 s2 = sqrt(s1);
-    vec3 s3 = sqrt(s2);
-    return 0.662002687 * s1 + 0.684122060 * s2 - 0.323583601 * s3 - 0.0225411470 * c;
+    return sqrt(c);
 }
 
 vec4 readBaseColor()
@@ -194,23 +192,19 @@ vec3 surroundings(float roughness, float occlusion)
 )";
 
 const char* const shadowSource = R"(
-float texels(sampler2DShadow map, vec3 s)
+float texel(sampler2DShadow map, vec3 s)
 {
-    s.z = min(s.z, 1.0);
-    const float r = 0.75 / SHADOW_MAP_SIZE;
-    return 0.25 * (texture(map, s + vec3(-r, -r, 0.0)) + texture(map, s + vec3(r, -r, 0.0)) +
-                   texture(map, s + vec3(-r, r, 0.0)) + texture(map, s + vec3(r, r, 0.0)));
+    // What lies behind the last caster is shadowed by what is before it.
+    return texture(map, vec3(s.xy, min(s.z, 1.0)));
 }
 float texel(sampler2DShadow map, vec4 c)
 {
-    vec3 s = c.xyz / c.w;
-    s.z = min(s.z, 1.0);
-    return c.w > 0.0 ? texture(map, s) : 1.0;
+    return c.w > 0.0 ? texel(map, c.xyz / c.w) : 1.0;
 }
 )";
 
-// The lights are colours on white: 1 is what a surface facing a lamp gives back. What goes beyond rolls
-// off towards white instead of being cut.
+// The lights are colours on white: 1 is what a surface facing a lamp gives back. Towards that and beyond the
+// picture rolls off instead of being cut.
 const char* const litMain = R"(
 void main()
 {
@@ -245,8 +239,8 @@ void main()
 #else
     radiance += emissive;
 #endif
-    vec3 over = max(radiance - 0.7, 0.0);
-    vec3 shown = min(radiance, 0.7) + over / (1.0 + over / 0.3);
+    vec3 over = clamp(radiance - 0.6, 0.0, 0.8);
+    vec3 shown = min(radiance, 1.4) - over * over * 0.625;
     fragment = vec4(toDisplay(shown), max(base.a * opacity.x, opacity.y));
 }
 )";
@@ -314,8 +308,7 @@ std::string shineAll(const std::vector<LightSlot>& lights)
         if (light.shadow >= 0) {
             const std::string number = std::to_string(light.shadow);
             declarations += "uniform sampler2DShadow shadowMap" + number + ";\nin " + shadowCoord(light);
-            lit = (light.kind == LightSlot::Far ? "texels(shadowMap" : "texel(shadowMap") + number +
-                  ", shadowCoord" + number + ")";
+            lit = "texel(shadowMap" + number + ", shadowCoord" + number + ")";
         }
         static const char* const calls[] = {"shineFar(", "shineNear(", "shineNear("};
         static const char* const ends[] = {");\n", ", false);\n", ", true);\n"};
