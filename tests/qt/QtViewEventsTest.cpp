@@ -59,7 +59,7 @@ protected:
     const boost::shared_ptr<Node> node = boost::make_shared<Node>("node", "Node");
     const boost::shared_ptr<Material> material = boost::make_shared<Material>("gold", "effect");
     const boost::shared_ptr<FakeWindow> window = boost::make_shared<FakeWindow>(log);
-    ViewProbe view;
+    WindowlessView view;
 };
 
 INSTANTIATE_TEST_SUITE_P(, QtViewEventsTest, testing::Values(Kind::Threaded, Kind::Synchronous),

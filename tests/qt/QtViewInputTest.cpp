@@ -48,7 +48,7 @@ protected:
     }
 
     CallLog log;
-    ViewProbe view;
+    WindowlessView view;
     boost::shared_ptr<FakeWindow> window = boost::make_shared<FakeWindow>(log);
 };
 
@@ -177,7 +177,6 @@ TEST_F(QtViewInputTest, AutoRepeatIsForwardedAsItComes)
 TEST_F(QtViewInputTest, EveryInputRepaintsOnce)
 {
     showView(view, 200, 100);
-    view.setWindow(window);
     const std::vector<std::function<void()>> inputs{
         [&] {
             send(mouse(QEvent::MouseButtonPress, {3, 3}, Qt::LeftButton));
@@ -205,7 +204,6 @@ TEST_F(QtViewInputTest, EveryInputRepaintsOnce)
 TEST_F(QtViewInputTest, InputWithoutALogicManagerIsAcceptedAndRepaints)
 {
     showView(view, 200, 100);
-    view.setWindow(window);
     window->logicManager.reset();
     log.take();
     const int before = view.paints;

@@ -19,10 +19,10 @@ using testing::IsEmpty;
 namespace {
 
 /// Notes the messages that it is asked to draw. Its timer stands still: tests take the steps.
-class MessageView : public ViewProbe
+class MessageView : public WindowlessView
 {
 public:
-    explicit MessageView() { findChild<QTimer*>()->stop(); }
+    MessageView() { findChild<QTimer*>()->stop(); }
 
     void drawMessageAtPosition(QPainter& painter, QPaintEvent* event, QPoint position, QString text,
                                float level) override

@@ -73,7 +73,7 @@ TEST(QtViewTasksTest, TasksRunOnTheThreadOfTheViewWithItsContext)
 
 TEST(QtViewTasksTest, QueueingAsksForARepaintOnce)
 {
-    ViewProbe view;
+    WindowlessView view;
     showView(view);
     int asked = 0;
     QObject::connect(&view, &ViewProbe::needsUpdate, [&] { ++asked; });

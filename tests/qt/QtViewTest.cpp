@@ -190,11 +190,13 @@ TEST(QtViewTest, UpdateFrequencyIsSixtyAndTakesAnyValue)
 
 TEST(QtViewTest, UpdateFrequencyDrivesNoRepaintByItself)
 {
-    ViewProbe view;
+    WindowlessView view;
     showView(view);
     const int before = view.paints;
     view.setUpdateFrequency(1000);
-    QTest::qWait(100); // the message timer fires twice meanwhile and repaints nothing either
+    int ticks = 0; // of the message timer, which repaints nothing either
+    QObject::connect(view.findChild<QTimer*>(), &QTimer::timeout, [&] { ++ticks; });
+    ASSERT_TRUE(waitFor([&] { return ticks == 3; }));
     EXPECT_EQ(view.paints, before);
 }
 
@@ -339,7 +341,7 @@ TEST(QtViewTest, ActivateCameraIsVirtualAndRepaintsNothing)
     QMetaObject::invokeMethod(&overriding, "activateCamera", Q_ARG(QString, "side"));
     EXPECT_EQ(overriding.asked, "side");
 
-    ViewProbe view;
+    WindowlessView view;
     showView(view);
     const int before = view.paints;
     view.activateCamera("side");
@@ -349,7 +351,7 @@ TEST(QtViewTest, ActivateCameraIsVirtualAndRepaintsNothing)
 
 TEST(QtViewTest, FlagsAndCursorTextRequestNoRepaint)
 {
-    ViewProbe view;
+    WindowlessView view;
     showView(view);
     const int before = view.paints;
     view.setPresentationMode(true);
@@ -362,7 +364,7 @@ TEST(QtViewTest, FlagsAndCursorTextRequestNoRepaint)
 
 TEST(QtViewTest, NeedsUpdateRepaints)
 {
-    ViewProbe view;
+    WindowlessView view;
     showView(view);
     const int before = view.paints;
     emit view.needsUpdate();
@@ -373,7 +375,7 @@ TEST(QtViewTest, NeedsUpdateRepaints)
 
 TEST(QtViewTest, NeedsUpdateRepaintsWhenAnotherThreadEmitsIt)
 {
-    ViewProbe view;
+    WindowlessView view;
     showView(view);
     const int before = view.paints;
     std::thread([&] { emit view.needsUpdate(); }).join();

@@ -171,7 +171,7 @@ TEST(QtViewWindowTest, SetWindowIgnoresTheEmptyPointer)
 TEST(QtViewWindowTest, SetWindowMakesNoContextCurrentAndRepaintsNothing)
 {
     CallLog log;
-    ViewProbe view;
+    WindowlessView view;
     showView(view);
     const int before = view.paints;
     view.doneCurrent();

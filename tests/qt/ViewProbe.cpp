@@ -1,12 +1,59 @@
 #include "tests/qt/ViewProbe.h"
 
+#include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QScreen>
 #include <QTest>
+#include <QWindow>
+
+#include <cstring>
 
 namespace halvern::test {
+
+namespace {
+
+/// Sees the X server answer: a change of a window's property comes back after everything that was asked
+/// for before it.
+class XFence : public QAbstractNativeEventFilter
+{
+public:
+    XFence()
+    {
+        window.create();
+        id = static_cast<quint32>(window.winId());
+        qApp->installNativeEventFilter(this);
+    }
+
+    bool wait()
+    {
+        window.setTitle("fence");
+        return waitFor([this] { return passed; });
+    }
+
+    bool nativeEventFilter(const QByteArray& /*type*/, void* message, long* /*result*/) override
+    {
+        constexpr int PropertyNotify = 28;
+        struct Event // the head of xcb_property_notify_event_t
+        {
+            quint8 type;
+            quint8 pad;
+            quint16 sequence;
+            quint32 window;
+        } event;
+        std::memcpy(&event, message, sizeof event);
+        passed |= (event.type & 0x7f) == PropertyNotify && event.window == id;
+        return false;
+    }
+
+private:
+    QWindow window;
+    quint32 id = 0;
+    bool passed = false;
+};
+
+} // namespace
 
 void showView(QWidget& view, int width, int height)
 {
@@ -19,12 +66,10 @@ void showView(QWidget& view, int width, int height)
 
 void settle()
 {
-    // X answers some requests late: what is asked for before a sync has been answered after it.
-    for (int round = 0; round < 3; ++round) {
-        QCoreApplication::processEvents();
-        qApp->sync();
-    }
+    if (QGuiApplication::platformName() == "xcb" && !XFence().wait())
+        qWarning("the X server does not answer");
     QCoreApplication::processEvents();
+    QCoreApplication::processEvents(); // what the first round posted
 }
 
 bool waitFor(const std::function<bool()>& condition)

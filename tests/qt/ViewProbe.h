@@ -44,7 +44,8 @@ public:
     int paints = 0;
 };
 
-/// A view that initialises nothing, so that it is shown without a window.
+/// A view that initialises nothing: it has no window but the one that is set, and nothing of an engine
+/// asks it for repaints.
 class WindowlessView : public ViewProbe
 {
 public:
@@ -55,7 +56,7 @@ public:
 /// Shows a view at a fixed place of the screen and waits for its first frame.
 void showView(QWidget& view, int width = 200, int height = 100);
 
-/// Runs the event loop until nothing is left to do.
+/// Runs the event loop until the X server has answered everything and nothing is left to do.
 void settle();
 
 /// Runs the event loop until the condition holds; false when ten seconds were not enough.
