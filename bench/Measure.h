@@ -32,7 +32,8 @@ inline bool report(const char* question, double value, double bound, const char*
     return holds;
 }
 
-/// Runs both works in turns, so that a busy machine slows both, and compares the medians of their times.
+/// Runs both works in turns and takes the median of the rounds' ratios: what else the machine does slows
+/// both of a round.
 template <class Work, class Floor>
 bool compare(const char* question, double bound, int rounds, Work work, Floor floor)
 {
@@ -40,12 +41,14 @@ bool compare(const char* question, double bound, int rounds, Work work, Floor fl
     floor();
     std::vector<double> times;
     std::vector<double> floors;
+    std::vector<double> ratios;
     for (int i = 0; i < rounds; ++i) {
         times.push_back(getMilliseconds(work));
         floors.push_back(getMilliseconds(floor));
+        ratios.push_back(times.back() / floors.back());
     }
     std::printf("    %.3f ms, floor %.3f ms\n", getMedian(times), getMedian(floors));
-    return report(question, getMedian(times) / getMedian(floors), bound, "x");
+    return report(question, getMedian(ratios), bound, "x");
 }
 
 } // namespace halvern::bench

@@ -79,11 +79,10 @@ void EventManager::removeEventListener(EventListener* listener, EventType type)
 
 void EventManager::triggerEvent(const Event& event)
 {
-    EventType type = event.getEventType();
-    Channel* const channel = d->registry.findListened(type);
+    Channel* const channel = d->registry.findListened(event.getEventType());
     if (!channel)
         return;
-    d->queue.push({Event(std::move(type), event.getEventData(), event.getUniqueID()), channel});
+    d->queue.push({channel, event.getEventData(), event.getUniqueID()});
     // The new thread makes a virtual call, so it is waited for until it has made it: a manager that is
     // destroyed next must not lose its derived part under that call.
     std::call_once(d->started, [this] {

@@ -1,21 +1,25 @@
 #pragma once
 
-#include "engine/core/event/Event.h"
+#include "engine/core/event/EventData.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <string>
 #include <thread>
 
 namespace halvern::core::event {
 
 struct Channel;
 
+/// An event without its type, which is the channel's. The sender frees the type that it made on its own
+/// thread, and nothing is counted up by one thread and down by another but the data.
 struct QueuedEvent
 {
-    Event event;
-    Channel* channel; ///< Where it is delivered to.
+    Channel* channel;
+    EventData data;
+    std::string uniqueID;
 };
 
 /// The events on their way from the senders to the one thread that takes them, in order.

@@ -112,11 +112,13 @@ void ListenerRegistry::deliver(EventQueue& queue)
         Lock lock(mutex);
         thread = std::this_thread::get_id();
         for (; !batch.empty(); batch.pop_front()) {
-            channel = batch.front().channel;
+            QueuedEvent& queued = batch.front();
+            channel = queued.channel;
             next = 0;
             end = channel->listeners.size();
+            Event event(channel->type, std::move(queued.data), std::move(queued.uniqueID));
             while (next < end && !queue.isStopped())
-                deliverNext(lock, batch.front().event);
+                deliverNext(lock, event);
         }
         // An empty deque keeps an index that is as long as its content ever was.
         if (isLong)
