@@ -219,6 +219,8 @@ TEST(QtViewHandlersTest, EmptyAndUnknownHandlersAreIgnored)
     showWithFakeWindow(view, log);
     view.addOpenGLHandler(boost::make_shared<FakeHandler>(log, "a"));
     view.addOpenGLHandler(nullptr);
+    repaintView(view);
+    EXPECT_THAT(log.take(), ElementsAre("update", "render", "a render"));
     view.removeOpenGLHandler(nullptr);
     view.removeOpenGLHandler(boost::make_shared<FakeHandler>(log, "unknown"));
     repaintView(view);
