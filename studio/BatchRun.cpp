@@ -51,8 +51,7 @@ void BatchRun::count()
         return;
     window->getFrameDriver()->setContinuous(false);
     disconnect(window->getFrameDriver(), nullptr, this, nullptr);
-    // Not from inside the swap.
-    QMetaObject::invokeMethod(this, &BatchRun::finish, Qt::QueuedConnection);
+    finish();
 }
 
 void BatchRun::finish()
@@ -61,8 +60,11 @@ void BatchRun::finish()
         return QCoreApplication::exit(ExitFile);
     if (options.json)
         printLine(output, toJson(report));
-    if (options.frames > 0)
-        QCoreApplication::exit(ExitDone);
+    if (options.frames == 0)
+        return;
+    // Requests that wait already would make one more frame.
+    window->setUpdatesEnabled(false);
+    QCoreApplication::exit(ExitDone);
 }
 
 bool BatchRun::saveScreenshots() const

@@ -24,9 +24,9 @@ public:
 private slots:
     void start(const halvern::studio::LoadedScene& loaded);
     void count();
-    void finish();
 
 private:
+    void finish();
     bool saveScreenshots() const;
 
     const Options options;

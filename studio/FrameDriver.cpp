@@ -4,6 +4,7 @@
 
 #include <QEvent>
 #include <QOpenGLWidget>
+#include <QWindow>
 
 namespace halvern::studio {
 
@@ -21,7 +22,8 @@ FrameDriver::FrameDriver(QOpenGLWidget* newView, std::function<bool()> newIsMovi
 void FrameDriver::setContinuous(bool newContinuous)
 {
     continuous = newContinuous;
-    view->update();
+    if (continuous)
+        view->update();
 }
 
 void FrameDriver::forgetFrame()
@@ -31,9 +33,12 @@ void FrameDriver::forgetFrame()
 
 bool FrameDriver::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::Paint)
-        painted = true;
-    return QObject::eventFilter(watched, event);
+    if (event->type() != QEvent::Paint)
+        return QObject::eventFilter(watched, event);
+    // Qt paints once more before the window is on screen, which would hold up the first frame.
+    const QWindow* window = view->window()->windowHandle();
+    painted = window && window->isExposed();
+    return !painted;
 }
 
 void FrameDriver::handleSwap()

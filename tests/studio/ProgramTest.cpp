@@ -239,6 +239,20 @@ TEST_F(ProgramTest, WithoutAFileTheShowcaseIsShown)
     expectPicture(view);
 }
 
+TEST_F(ProgramTest, TheStatisticsAreOnTheScreenshot)
+{
+    QImage pictures[2];
+    for (const bool stats : {false, true}) {
+        QStringList arguments{Models + "/OBJ/spider.obj", "--size",        "640x480", "--frames", "2",
+                              "--view-screenshot",        path("view.png")};
+        if (stats)
+            arguments.append("--stats");
+        ASSERT_EQ(run(arguments).code, 0);
+        pictures[stats] = QImage(path("view.png"));
+    }
+    EXPECT_NE(pictures[0], pictures[1]);
+}
+
 TEST_F(ProgramTest, AScreenshotThatCannotBeWrittenEndsWith2AndItsName)
 {
     const QString file = "/nowhere/picture.png";
