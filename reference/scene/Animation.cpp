@@ -1,7 +1,6 @@
 #include "reference/scene/AnimationPrivate.h"
 
 #include <cmath>
-#include <set>
 
 namespace halvern::scene {
 
@@ -35,25 +34,8 @@ void Animation::setTimeRange(int milliseconds)
 
 boost::posix_time::time_duration Animation::getDuration() const
 {
-    const auto times = keyTimes(*this);
-    return boost::posix_time::microseconds(times.empty() ? 0 : std::llround(times.back() * 1e6));
-}
-
-std::vector<float> keyTimes(const Animation& animation)
-{
-    const auto& data = Internals::of(animation);
-    std::set<float> times;
-    const auto collect = [&](const auto& keys) {
-        for (const auto& key : keys)
-            times.insert(key.first);
-    };
-    std::lock_guard lock(data.mutex);
-    for (const auto& channel : data.channels) {
-        collect(channel.positions);
-        collect(channel.rotations);
-        collect(channel.scales);
-    }
-    return {times.begin(), times.end()};
+    std::lock_guard lock(d->mutex);
+    return boost::posix_time::microseconds(std::llround(d->keys.end() * 1e6));
 }
 
 } // namespace halvern::scene

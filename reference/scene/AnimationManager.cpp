@@ -1,20 +1,131 @@
-#include "engine/scene/AnimationManager.h"
+#include "reference/scene/AnimationManagerPrivate.h"
 
+#include "engine/scene/Node.h"
 #include "reference/scene/AnimationPrivate.h"
+
+#include <algorithm>
+#include <cmath>
 
 namespace halvern::scene {
 
+using boost::posix_time::microseconds;
+using boost::posix_time::milliseconds;
 using boost::posix_time::time_duration;
 
-struct AnimationManager::Private
-{
-    std::mutex mutex; // guards what follows
-    boost::shared_ptr<Animation> animation;
-    time_duration time;
-    bool isPaused = true;
+namespace {
 
-    std::vector<float> frameTimes; // the GUI thread's
-};
+const time_duration GlideTime = milliseconds(250);
+
+/// A scene that was not updated for a while goes on where it was.
+const time_duration LongestStep = milliseconds(100);
+
+float toSeconds(const time_duration& time)
+{
+    return static_cast<float>(static_cast<double>(time.total_microseconds()) * 1e-6);
+}
+
+/// The time at which the animation begins anew.
+time_duration lengthOf(const Animation& animation)
+{
+    return std::max<time_duration>(animation.getDuration(), milliseconds(animation.getTimeRange()));
+}
+
+Pose poseOf(const Node& node)
+{
+    const Eigen::Matrix3f rotation = node.getRotation().topLeftCorner<3, 3>();
+    return {node.getTranslation().translation(), Eigen::Quaternionf(rotation).normalized(), node.getScale()};
+}
+
+void move(Node& node, const Pose& pose)
+{
+    if (pose.translation)
+        node.setTranslation(Eigen::Translation3f(*pose.translation));
+    if (pose.rotation)
+        node.setRotation(Eigen::Affine3f(*pose.rotation));
+    if (pose.scale)
+        node.setScale(*pose.scale);
+}
+
+AnimationKeys::Poses posesOf(const SceneLink* link)
+{
+    AnimationKeys::Poses poses;
+    for (const auto& node : link ? link->index.getAll() : std::vector<boost::shared_ptr<Node>>())
+        poses.emplace(node->getID(), poseOf(*node));
+    return poses;
+}
+
+/// Moves the nodes to where they are at the time.
+void apply(const Animation& animation, const SceneLink& link, float seconds)
+{
+    std::vector<std::pair<std::string, Pose>> poses;
+    {
+        const auto& data = Internals::of(animation);
+        std::lock_guard lock(data.mutex);
+        for (const AnimationChannel& channel : data.keys.channels)
+            poses.emplace_back(channel.nodeID, channel.sample(seconds));
+    }
+    for (const auto& [id, pose] : poses) {
+        if (const auto node = link.index.find(id).node)
+            move(*node, pose);
+    }
+}
+
+/// Calls change(keys) under the animation's lock.
+template <class Change>
+void edit(Animation& animation, Change change)
+{
+    auto& data = Internals::of(animation);
+    std::lock_guard lock(data.mutex);
+    change(data.keys);
+    ++data.revision;
+}
+
+} // namespace
+
+boost::shared_ptr<Animation> AnimationManager::Private::current()
+{
+    std::lock_guard lock(mutex);
+    return animation;
+}
+
+void AnimationManager::Private::advance(Clock::time_point now)
+{
+    const auto playing = current();
+    const time_duration length = playing ? lengthOf(*playing) : time_duration();
+    time_duration reached;
+    {
+        std::lock_guard lock(mutex);
+        const auto elapsed =
+            std::chrono::duration_cast<std::chrono::microseconds>(now - lastCycle.value_or(now));
+        lastCycle = now;
+        if (!playing || playing != animation ||
+            !advanceTime(std::min<time_duration>(microseconds(elapsed.count()), LongestStep), length))
+            return;
+        reached = time;
+    }
+    if (link)
+        apply(*playing, *link, toSeconds(reached));
+}
+
+bool AnimationManager::Private::advanceTime(const time_duration& elapsed, const time_duration& length)
+{
+    if (!isPaused) {
+        const auto next = (time + elapsed).total_microseconds();
+        time = microseconds(length.total_microseconds() > 0 ? next % length.total_microseconds() : 0);
+        return true;
+    }
+    if (!glide)
+        return std::exchange(hasJumped, false);
+
+    glide->elapsed += elapsed;
+    const double share = std::min(1.0, double(toSeconds(glide->elapsed) / toSeconds(GlideTime)));
+    const double eased = share * share * (3 - 2 * share);
+    const auto distance = static_cast<double>((glide->to - glide->from).total_microseconds());
+    time = glide->from + microseconds(std::llround(distance * eased));
+    if (share == 1)
+        glide.reset();
+    return true;
+}
 
 AnimationManager::AnimationManager() : d(std::make_unique<Private>()) {}
 
@@ -22,20 +133,34 @@ AnimationManager::~AnimationManager() = default;
 
 boost::shared_ptr<Animation> AnimationManager::getAnimation()
 {
-    std::lock_guard lock(d->mutex);
-    return d->animation;
+    return d->current();
 }
 
 void AnimationManager::setAnimation(boost::shared_ptr<Animation> animation)
 {
+    auto poses = posesOf(animation ? d->link.get() : nullptr);
     std::lock_guard lock(d->mutex);
     d->animation.swap(animation);
+    d->poses.swap(poses);
+    d->time = {};
+    d->hasJumped = false;
+    d->glide.reset();
 }
 
 const std::vector<float>& AnimationManager::getFrameTimes()
 {
     const auto animation = getAnimation();
-    d->frameTimes = animation ? keyTimes(*animation) : std::vector<float>();
+    const unsigned revision = animation ? Internals::of(*animation).revision.load() : 0;
+    if (animation == d->frameTimesOf && revision == d->frameTimesRevision)
+        return d->frameTimes;
+    d->frameTimesOf = animation;
+    d->frameTimesRevision = revision;
+    d->frameTimes.clear();
+    if (animation) {
+        auto& data = Internals::of(*animation);
+        std::lock_guard lock(data.mutex);
+        d->frameTimes = data.keys.times();
+    }
     return d->frameTimes;
 }
 
@@ -48,20 +173,63 @@ time_duration AnimationManager::getCurrentTime()
 void AnimationManager::setTime(time_duration time)
 {
     std::lock_guard lock(d->mutex);
-    if (d->animation)
-        d->time = time;
+    if (!d->animation)
+        return;
+    d->time = time;
+    d->hasJumped = true;
+    d->glide.reset();
 }
 
 void AnimationManager::setTimeTarget(time_duration time)
 {
-    setTime(time);
+    std::lock_guard lock(d->mutex);
+    if (!d->animation)
+        return;
+    if (d->isPaused)
+        d->glide = Private::Glide{d->time, time, {}};
+    else
+        d->time = time;
 }
 
-void AnimationManager::insertKeyframe(float /*seconds*/) {}
+void AnimationManager::insertKeyframe(float seconds)
+{
+    const auto animation = getAnimation();
+    if (!animation || !std::isfinite(seconds))
+        return;
+    const AnimationKeys::Poses now = posesOf(d->link.get());
+    AnimationKeys::Poses before = now;
+    {
+        std::lock_guard lock(d->mutex);
+        if (d->animation != animation)
+            return;
+        d->poses.swap(before);
+    }
+    edit(*animation, [&](AnimationKeys& keys) { keys.record(seconds, now, before); });
+}
 
-void AnimationManager::removeKeyFrame(boost::shared_ptr<Animation> /*animation*/, float /*seconds*/) {}
+void AnimationManager::removeKeyFrame(boost::shared_ptr<Animation> animation, float seconds)
+{
+    if (animation && std::isfinite(seconds))
+        edit(*animation, [&](AnimationKeys& keys) { keys.remove(seconds); });
+}
 
-void AnimationManager::addAnimationCamera() {}
+void AnimationManager::addAnimationCamera()
+{
+    const auto animation = getAnimation();
+    boost::shared_ptr<Node> node;
+    {
+        std::lock_guard lock(d->mutex);
+        node = d->cameraNode.lock();
+    }
+    if (!animation || !node)
+        return;
+    edit(*animation, [&](AnimationKeys& keys) {
+        std::vector<float> keyframes = keys.times();
+        if (keyframes.empty())
+            keyframes.push_back(0);
+        keys.add(node->getID(), poseOf(*node), keyframes);
+    });
+}
 
 void AnimationManager::pause()
 {
@@ -73,6 +241,7 @@ void AnimationManager::resume()
 {
     std::lock_guard lock(d->mutex);
     d->isPaused = false;
+    d->glide.reset();
 }
 
 bool AnimationManager::paused()

@@ -1,6 +1,7 @@
 #include "reference/scene/Importer.h"
 
 #include "engine/scene/SceneManager.h"
+#include "reference/scene/import/DeepStack.h"
 #include "reference/scene/import/FileCheck.h"
 #include "reference/scene/import/ImportProgress.h"
 #include "reference/scene/import/SceneBuilder.h"
@@ -57,11 +58,8 @@ void check(const Assimp::Importer& importer, const ImportProgress& progress, con
     throw ImportError(fileName + ": " + (reason.empty() ? "cannot be read" : reason));
 }
 
-} // namespace
-
-ImportedScene importScene(const std::string& fileName, const ImportOptions& options)
+ImportedScene read(const std::string& fileName, const ImportOptions& options)
 {
-    checkFile(fileName);
     ImportedScene result;
     Assimp::Importer importer;
     auto* progress = new ImportProgress(fileName, options.progress);
@@ -86,6 +84,16 @@ ImportedScene importScene(const std::string& fileName, const ImportOptions& opti
         check(importer, *progress, fileName);
     }
     SceneBuilder(*importer.GetScene(), fileName, options, *progress, result).build(bones);
+    return result;
+}
+
+} // namespace
+
+ImportedScene importScene(const std::string& fileName, const ImportOptions& options)
+{
+    checkFile(fileName);
+    ImportedScene result;
+    runOnDeepStack([&] { result = read(fileName, options); });
     return result;
 }
 

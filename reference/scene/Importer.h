@@ -31,11 +31,13 @@ public:
 
 struct ImportOptions
 {
-    /// Called on the importing thread with the share that is done, 0 to 1; false cancels.
+    /// Called while importScene blocks, on a thread of its own, with the share that is done, 0 to 1; false
+    /// cancels.
     std::function<bool(float)> progress;
 
     /// Decodes an encoded picture (PNG, JPEG, ...); `hint` is its file extension, lower case, or empty.
-    /// Returns an image of width 0 when it cannot. Without a decoder materials have no maps.
+    /// Returns an image of width 0 when it cannot. Called on the same thread as `progress`. Without a decoder
+    /// materials have no maps.
     std::function<Image(const std::vector<uint8_t>& encoded, const std::string& hint)> decodeImage;
 };
 

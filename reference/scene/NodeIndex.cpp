@@ -27,6 +27,18 @@ void NodeIndex::remove(const std::vector<boost::shared_ptr<Node>>& nodes)
     }
 }
 
+std::vector<boost::shared_ptr<Node>> NodeIndex::getAll() const
+{
+    std::vector<boost::shared_ptr<Node>> nodes;
+    std::lock_guard lock(mutex);
+    nodes.reserve(entries.size());
+    for (const auto& entry : entries) {
+        if (auto node = entry.second.first.lock())
+            nodes.push_back(std::move(node));
+    }
+    return nodes;
+}
+
 NodeIndex::Found NodeIndex::find(const std::string& id) const
 {
     std::lock_guard lock(mutex);

@@ -25,6 +25,9 @@ public:
     void add(const std::vector<boost::shared_ptr<Node>>& nodes);
     void remove(const std::vector<boost::shared_ptr<Node>>& nodes);
 
+    /// One node of each ID, in no order.
+    std::vector<boost::shared_ptr<Node>> getAll() const;
+
     Found find(const std::string& id) const;
 
 private:

@@ -1,10 +1,10 @@
 #include "engine/scene/SceneManager.h"
 
 #include "engine/scene/Animation.h"
-#include "engine/scene/AnimationManager.h"
 #include "engine/scene/CameraInstance.h"
 #include "engine/scene/Effect.h"
 #include "engine/scene/Evaluator.h"
+#include "reference/scene/AnimationManagerPrivate.h"
 #include "reference/scene/ControllerList.h"
 #include "reference/scene/MaterialPrivate.h"
 #include "reference/scene/SceneThread.h"
@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 
 namespace halvern::scene {
 
@@ -73,6 +74,9 @@ struct SceneManager::Private
     }
 
     void replaceRoot(boost::shared_ptr<Node> newRoot);
+
+    /// The camera that "ActiveCamera" names, or the first of all, is the one that animations take.
+    void setActiveCamera(const boost::shared_ptr<CameraInstance>& camera);
 };
 
 void SceneManager::Private::replaceRoot(boost::shared_ptr<Node> newRoot)
@@ -88,11 +92,25 @@ void SceneManager::Private::replaceRoot(boost::shared_ptr<Node> newRoot)
         topology::enter(root, link);
 }
 
+void SceneManager::Private::setActiveCamera(const boost::shared_ptr<CameraInstance>& camera)
+{
+    if (!camera)
+        return;
+    auto& animation = Internals::of(*animationManager);
+    std::lock_guard lock(animation.mutex);
+    animation.cameraNode = camera->getNode();
+}
+
 SceneManager::SceneManager(boost::shared_ptr<event::EventManager> eventManager) :
     EventBase(std::move(eventManager)), d(std::make_unique<Private>())
 {
+    Internals::of(*d->animationManager).link = d->link;
     registerHandler(event::EventType("SelectObject"), [this](event::Event selection) {
         triggerEvent("ObjectSelected", selection.getEventData().getData());
+    });
+    registerHandler(event::EventType("ActiveCamera"), [this](event::Event active) {
+        const std::string sid = active.getEventData().getData();
+        d->setActiveCamera(d->find(&Private::cameras, [&](auto& camera) { return camera.getSID() == sid; }));
     });
 }
 
@@ -181,6 +199,8 @@ boost::shared_ptr<CameraInstance> SceneManager::getCameraInstanceAt(unsigned int
 void SceneManager::addCameraInstance(boost::shared_ptr<CameraInstance> camera)
 {
     d->add(&Private::cameras, camera);
+    if (getCameraInstanceCount() == 1)
+        d->setActiveCamera(camera);
     d->link->journal->markScene(SceneChanges::CameraList);
 }
 
@@ -279,6 +299,7 @@ void SceneManager::removeSceneController(boost::shared_ptr<ISceneController> con
 bool SceneManager::update()
 {
     const auto self = weak_from_this().lock(); // a controller may drop the last other reference
+    Internals::of(*d->animationManager).advance(std::chrono::steady_clock::now());
     const bool changed = d->controllers.update();
 
     const auto batch = d->changes->take();

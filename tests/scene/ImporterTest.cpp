@@ -232,6 +232,16 @@ TEST_F(ImporterTest, ExtrasPutANodeIntoLayers)
     EXPECT_FALSE(findNode(imported, "plain")->inLayer("cast_shadow"));
 }
 
+TEST_F(ImporterTest, ATreeOfAHundredThousandLevelsIsImported)
+{
+    std::string nodes;
+    for (int i = 1; i < 100000; ++i)
+        nodes += R"({"children":[)" + std::to_string(i) + "]},";
+    const auto imported = import("deep.gltf", Gltf().text(nodes + "{}"));
+    EXPECT_EQ(imported.counts.nodes, 100000u);
+    EXPECT_GT(imported.sceneManager->getNodeArray().size(), 100000u);
+}
+
 TEST_F(ImporterTest, AFileWithoutMeshesIsAScene)
 {
     const auto imported = import("a.gltf", Gltf().text(R"({"name":"alone"})"));

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 
 namespace halvern::scene {
 
@@ -58,14 +59,14 @@ boost::shared_ptr<Animation> readAnimation(const aiAnimation& source, const std:
         data.valid = data.valid && bones.count(name) == 0;
         AnimationChannel keys;
         keys.nodeID = nodeID(name);
-        keys.positions =
+        keys.translations =
             readKeys<Eigen::Vector3f>(channel.mPositionKeys, channel.mNumPositionKeys, ticksPerSecond);
         keys.rotations =
             readKeys<Eigen::Quaternionf>(channel.mRotationKeys, channel.mNumRotationKeys, ticksPerSecond);
         keys.scales =
             readKeys<Eigen::Vector3f>(channel.mScalingKeys, channel.mNumScalingKeys, ticksPerSecond);
         if (!keys.nodeID.empty())
-            data.channels.push_back(std::move(keys));
+            data.keys.channels.push_back(std::move(keys));
     }
     animation->setTimeRange(static_cast<int>(animation->getDuration().total_milliseconds()));
     return animation;

@@ -1,0 +1,342 @@
+#include "engine/scene/AnimationManager.h"
+
+#include "engine/scene/Animation.h"
+#include "engine/scene/Camera.h"
+#include "engine/scene/CameraInstance.h"
+#include "reference/scene/Importer.h"
+#include "tests/scene/ModelFiles.h"
+#include "tests/scene/SceneHelpers.h"
+#include "tests/support/SynchronousEventManager.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace halvern::scene;
+using namespace halvern::test;
+using boost::posix_time::milliseconds;
+using boost::posix_time::seconds;
+using boost::posix_time::time_duration;
+using Clock = std::chrono::steady_clock;
+using Times = std::vector<float>;
+
+boost::shared_ptr<Animation> makeAnimation(const std::string& name = "animation")
+{
+    return boost::make_shared<Animation>(name, "");
+}
+
+void place(Node& node, float x)
+{
+    node.setTranslation(Eigen::Translation3f(x, 0, 0));
+}
+
+/// A scene "root" > "a", "b" and its animation manager.
+struct AnimationManagerTest : testing::Test
+{
+    /// Runs cycles until the condition holds.
+    testing::AssertionResult updateUntil(const std::function<bool()>& condition)
+    {
+        const auto deadline = Clock::now() + std::chrono::seconds(10);
+        while (Clock::now() < deadline) {
+            manager->update();
+            if (condition())
+                return testing::AssertionSuccess();
+        }
+        return testing::AssertionFailure() << "the time ran out";
+    }
+
+    /// Where the node is when the animation stands at that time.
+    float placeAt(Node& node, const time_duration& time)
+    {
+        animations->setTime(time);
+        manager->update();
+        return node.getTranslation().x();
+    }
+
+    /// "a" goes from 0 to 10 within a second.
+    boost::shared_ptr<Animation> recordMove()
+    {
+        const auto animation = makeAnimation();
+        animations->setAnimation(animation);
+        animations->insertKeyframe(0);
+        place(*a, 10);
+        animations->insertKeyframe(1);
+        return animation;
+    }
+
+    const boost::shared_ptr<Node> a = makeNode("a");
+    const boost::shared_ptr<Node> b = makeNode("b");
+    const boost::shared_ptr<SceneManager> manager = makeScene(makeNode("root", {a, b}));
+    const boost::shared_ptr<AnimationManager> animations = manager->getAnimationManager();
+};
+
+TEST_F(AnimationManagerTest, ItStartsPausedWithoutAnAnimation)
+{
+    EXPECT_TRUE(animations->paused());
+    EXPECT_FALSE(animations->getAnimation());
+    EXPECT_TRUE(animations->getFrameTimes().empty());
+    EXPECT_EQ(animations->getCurrentTime(), time_duration());
+}
+
+TEST_F(AnimationManagerTest, WithoutACurrentAnimationOperationsDoNothing)
+{
+    animations->setTime(seconds(1));
+    animations->setTimeTarget(seconds(1));
+    animations->insertKeyframe(1);
+    animations->removeKeyFrame({}, 1);
+    animations->addAnimationCamera();
+    manager->update();
+    EXPECT_EQ(animations->getCurrentTime(), time_duration());
+    EXPECT_TRUE(animations->getFrameTimes().empty());
+}
+
+TEST_F(AnimationManagerTest, PauseAndResumeNeedNoAnimation)
+{
+    animations->resume();
+    EXPECT_FALSE(animations->paused());
+    manager->update();
+    animations->pause();
+    EXPECT_TRUE(animations->paused());
+}
+
+TEST_F(AnimationManagerTest, AnEmptyPointerClearsTheAnimation)
+{
+    animations->setAnimation(makeAnimation());
+    animations->insertKeyframe(1);
+    animations->setAnimation({});
+    EXPECT_FALSE(animations->getAnimation());
+    EXPECT_TRUE(animations->getFrameTimes().empty());
+}
+
+TEST_F(AnimationManagerTest, FrameTimesAreAscendingAndFollowTheAnimation)
+{
+    const auto first = makeAnimation();
+    animations->setAnimation(first);
+    for (const float time : {2.0f, 0.0f, 1.0f, 1.0f, 1.0004f})
+        animations->insertKeyframe(time);
+    const Times& times = animations->getFrameTimes();
+    EXPECT_EQ(times, (Times{0, 1.0004f, 2}));
+    animations->removeKeyFrame(first, 2);
+    EXPECT_EQ(&animations->getFrameTimes(), &times);
+    EXPECT_EQ(times, (Times{0, 1.0004f}));
+    animations->setAnimation(makeAnimation());
+    EXPECT_TRUE(animations->getFrameTimes().empty());
+}
+
+TEST_F(AnimationManagerTest, TheVectorOfFrameTimesChangesOnlyWhenItIsAskedFor)
+{
+    const auto animation = makeAnimation();
+    animations->setAnimation(animation);
+    animations->insertKeyframe(1);
+    const Times& times = animations->getFrameTimes();
+    runInThreads(1, [&](unsigned) { animations->insertKeyframe(2); });
+    EXPECT_EQ(times, (Times{1}));
+    animations->getFrameTimes();
+    EXPECT_EQ(times, (Times{1, 2}));
+}
+
+TEST_F(AnimationManagerTest, AKeyframeIsRemovedAtItsTimeInWholeMilliseconds)
+{
+    const auto animation = makeAnimation();
+    animations->setAnimation(animation);
+    animations->insertKeyframe(0.0333f);
+    animations->insertKeyframe(0.04f);
+    animations->removeKeyFrame(animation, 0.033f);
+    animations->removeKeyFrame(animation, 7);
+    animations->removeKeyFrame(animation, std::numeric_limits<float>::quiet_NaN());
+    animations->insertKeyframe(std::numeric_limits<float>::infinity());
+    EXPECT_EQ(animations->getFrameTimes(), (Times{0.04f}));
+}
+
+TEST_F(AnimationManagerTest, SetTimeJumpsAndMovesTheNodesInTheNextCycle)
+{
+    recordMove();
+    animations->setTime(milliseconds(250));
+    EXPECT_EQ(animations->getCurrentTime(), milliseconds(250));
+    EXPECT_EQ(a->getTranslation().x(), 10);
+    manager->update();
+    EXPECT_FLOAT_EQ(a->getTranslation().x(), 2.5f);
+    place(*a, 77); // a paused animation moves nothing again
+    manager->update();
+    EXPECT_EQ(a->getTranslation().x(), 77);
+}
+
+TEST_F(AnimationManagerTest, OutsideItsKeysANodeStaysAtTheFirstAndLast)
+{
+    recordMove();
+    EXPECT_EQ(placeAt(*a, seconds(-5)), 0);
+    EXPECT_EQ(placeAt(*a, seconds(100)), 10);
+    EXPECT_EQ(animations->getCurrentTime(), seconds(100));
+}
+
+TEST_F(AnimationManagerTest, OnlyNodesThatMovedAreRecorded)
+{
+    recordMove();
+    place(*b, 5);
+    placeAt(*a, milliseconds(500));
+    EXPECT_EQ(b->getTranslation().x(), 5);
+}
+
+TEST_F(AnimationManagerTest, ANodeThatMovesLaterKeepsItsPlaceInEarlierKeyframes)
+{
+    recordMove();
+    place(*b, 8);
+    animations->insertKeyframe(2);
+    EXPECT_EQ(placeAt(*b, seconds(0)), 0);
+    EXPECT_EQ(placeAt(*b, seconds(1)), 0);
+    EXPECT_FLOAT_EQ(placeAt(*b, milliseconds(1500)), 4);
+    EXPECT_EQ(placeAt(*b, seconds(2)), 8);
+}
+
+TEST_F(AnimationManagerTest, RotationTakesTheShorterArcAndScaleIsLinear)
+{
+    animations->setAnimation(makeAnimation());
+    animations->insertKeyframe(0);
+    const auto turned = [](float angle) {
+        return Eigen::Affine3f(Eigen::AngleAxisf(angle, Eigen::Vector3f::UnitZ()));
+    };
+    a->setRotation(turned(1.5f));
+    a->setScale({3, 1, 1});
+    animations->insertKeyframe(1);
+    animations->setTime(milliseconds(500));
+    manager->update();
+    EXPECT_TRUE(a->getRotation().isApprox(turned(0.75f).matrix(), 1e-5f));
+    EXPECT_TRUE(a->getScale().isApprox(Eigen::Vector3f(2, 1, 1)));
+}
+
+TEST_F(AnimationManagerTest, ARunningAnimationLoopsOverItsRange)
+{
+    const auto animation = recordMove();
+    animation->setTimeRange(1200);
+    animations->setTime(milliseconds(1150));
+    animations->resume();
+    EXPECT_TRUE(updateUntil([&] { return animations->getCurrentTime() < milliseconds(1000); }));
+    EXPECT_LT(a->getTranslation().x(), 10);
+    animations->pause();
+    const auto stopped = animations->getCurrentTime();
+    manager->update();
+    EXPECT_EQ(animations->getCurrentTime(), stopped);
+}
+
+TEST_F(AnimationManagerTest, AnAnimationOfNoLengthStaysAtItsBegin)
+{
+    animations->setAnimation(makeAnimation());
+    animations->insertKeyframe(0);
+    animations->resume();
+    for (int i = 0; i < 10; ++i)
+        manager->update();
+    EXPECT_EQ(animations->getCurrentTime(), time_duration());
+}
+
+TEST_F(AnimationManagerTest, ATargetIsReachedSmoothlyWhilePaused)
+{
+    recordMove();
+    animations->setTimeTarget(seconds(1));
+    EXPECT_EQ(animations->getCurrentTime(), time_duration());
+    const auto begin = Clock::now();
+    manager->update();
+    std::vector<time_duration> passed;
+    EXPECT_TRUE(updateUntil([&] {
+        passed.push_back(animations->getCurrentTime());
+        return passed.back() == seconds(1);
+    }));
+    EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(240));
+    EXPECT_TRUE(std::is_sorted(passed.begin(), passed.end()));
+    EXPECT_GT(std::set<time_duration>(passed.begin(), passed.end()).size(), 2u);
+    EXPECT_EQ(a->getTranslation().x(), 10);
+}
+
+TEST_F(AnimationManagerTest, ATargetIsAJumpWhilePlaying)
+{
+    recordMove()->setTimeRange(60000);
+    animations->resume();
+    animations->setTimeTarget(seconds(30));
+    EXPECT_EQ(animations->getCurrentTime(), seconds(30));
+}
+
+TEST_F(AnimationManagerTest, TheActiveCameraJoinsTheAnimation)
+{
+    const auto events = boost::make_shared<SynchronousEventManager>();
+    manager->setEventManager(events);
+    const auto camera = boost::make_shared<Camera>("camera");
+    manager->addCameraInstance(boost::make_shared<CameraInstance>("first", a, camera));
+    manager->addCameraInstance(boost::make_shared<CameraInstance>("second", b, camera));
+    animations->setAnimation(makeAnimation());
+    animations->addAnimationCamera();
+    EXPECT_EQ(animations->getFrameTimes(), (Times{0}));
+    place(*a, 10);
+    animations->insertKeyframe(1);
+    EXPECT_EQ(placeAt(*a, milliseconds(500)), 5);
+
+    events->triggerEvent("ActiveCamera", "second");
+    events->triggerEvent("ActiveCamera", "no such camera");
+    animations->addAnimationCamera();
+    place(*b, 4);
+    EXPECT_EQ(placeAt(*b, seconds(1)), 0);
+}
+
+TEST_F(AnimationManagerTest, AnAnimationOfAFileIsPlayed)
+{
+    const TemporaryFolder folder;
+    Gltf gltf;
+    const std::string times = std::to_string(gltf.floats("SCALAR", {0, 2}));
+    const std::string places = std::to_string(gltf.floats("VEC3", {0, 0, 0, 8, 0, 0}));
+    const auto imported = importScene(
+        folder.write(
+            "a.gltf",
+            gltf.text(
+                R"({"name":"n"})", "0",
+                "\"animations\":[{\"name\":\"move\",\"samplers\":[{\"input\":" + times +
+                    ",\"output\":" + places +
+                    "}],\"channels\":[{\"sampler\":0,\"target\":{\"node\":0,\"path\":\"translation\"}}]}]")),
+        {});
+    auto& scene = *imported.sceneManager;
+    const auto player = scene.getAnimationManager();
+    player->setAnimation(scene.getAnimationsLibrary().at(0));
+    EXPECT_EQ(player->getFrameTimes(), (Times{0, 2}));
+    player->setTime(milliseconds(500));
+    scene.update();
+    EXPECT_FLOAT_EQ(scene.getNodeByID("n")->getTranslation().x(), 2);
+}
+
+TEST_F(AnimationManagerTest, ThreeThreadsMayPlayAndEditAtOnce)
+{
+    const auto animation = recordMove();
+    animations->resume();
+    runInThreads(3, [&](unsigned thread) {
+        for (int i = 0; i < 300; ++i) {
+            if (thread == 0) {
+                manager->update();
+                continue;
+            }
+            animations->setTime(milliseconds(i));
+            animations->setTimeTarget(milliseconds(i));
+            if (thread == 1) {
+                animations->getFrameTimes();
+                animations->insertKeyframe(static_cast<float>(i) / 100);
+            }
+            animations->removeKeyFrame(animation, static_cast<float>(i) / 50);
+            animations->setAnimation(i % 10 ? animation : nullptr);
+            animations->pause();
+            animations->resume();
+            animations->getCurrentTime();
+        }
+    });
+    EXPECT_FALSE(animations->paused());
+}
+
+TEST_F(AnimationManagerTest, ItOutlivesItsScene)
+{
+    auto scene = makeScene(makeNode("root"));
+    const auto player = scene->getAnimationManager();
+    scene.reset();
+    player->setAnimation(makeAnimation());
+    player->insertKeyframe(1);
+    EXPECT_EQ(player->getFrameTimes(), (Times{1}));
+}
+
+} // namespace
