@@ -4,22 +4,33 @@
 #include "engine/core/event/EventManager.h"
 #include "engine/core/interfaces/IOpenGLHandler.h"
 #include "engine/fx/FXRenderTarget.h"
+#include "engine/light/LightManager.h"
+#include "engine/light/RenderLight.h"
 #include "engine/logic/LogicManager.h"
+#include "engine/renderer/IRenderer.h"
 #include "engine/scene/AnimationManager.h"
+#include "engine/scene/CameraInstance.h"
 #include "engine/scene/Material.h"
 #include "engine/scene/Node.h"
 #include "engine/scene/SceneManager.h"
+#include "engine/scenegraph/RenderSceneGraph.h"
+#include "engine/window/ILayout.h"
+#include "engine/window/Viewport.h"
 #include "engine/window/Window.h"
+#include "qt/OverlayText.h"
 
 #include <QContextMenuEvent>
 #include <QElapsedTimer>
 #include <QKeyEvent>
+#include <QLineF>
+#include <QMenu>
 #include <QMetaObject>
 #include <QMouseEvent>
 #include <QOpenGLContext>
 #include <QOpenGLExtraFunctions>
 #include <QOpenGLTexture>
 #include <QPainter>
+#include <QSignalMapper>
 #include <QSurfaceFormat>
 #include <QThread>
 #include <QTimer>
@@ -49,15 +60,50 @@ void guarded(Work work)
     }
 }
 
+constexpr char StatsStyle[] = "* { color: #FFFFFF; font-family: Verdana, Times }";
+constexpr char StatsHtml[] =
+    "<h4 align=\"center\">Studio Stats</h4><p align=\"center\"><table width=\"100%\" height=\"180\">"
+    "<tr><td align=\"left\">Triangles:</td><td align=\"right\">%1</td></tr>"
+    "<tr><td align=\"left\">Vertices:</td><td align=\"right\">%2</td></tr>"
+    "<tr><td align=\"left\">Timing:</td><td align=\"right\">%3</td></tr>"
+    "<tr><td colspan=\"2\" width=\"150\"></td></tr></table>";
+constexpr char CursorStyle[] = "* { color: #FFFFFF; font-family: Verdana, Times; font-size:16pt; }";
+constexpr char CursorHtml[] =
+    "<p align=\"center\"><table width=\"100%\" ><tr><td align=\"left\">%1</td></tr></table>";
+
+// The statistics graph, in pixels.
+constexpr int GraphWidth = 150;
+constexpr int GraphHeight = 100;
+constexpr int GraphStep = 3;   // from one frame to the next, and between the lines of the grid
+constexpr int PeakLife = 1000; // frames that an old peak keeps the graph's scale
+
 /// The zero line of the statistics graph: 50 segments, the newest (rightmost) first.
 QVector<QPointF> flatGraph()
 {
     QVector<QPointF> points;
-    for (int x = 0; x < 150; x += 3) {
+    for (int x = 0; x < GraphWidth; x += GraphStep) {
         points.prepend(QPointF(x, 0));
-        points.prepend(QPointF(x + 3, 0));
+        points.prepend(QPointF(x + GraphStep, 0));
     }
     return points;
+}
+
+/// Upright lines from the graph's left edge to its right one.
+QVector<QLineF> uprightGridLines()
+{
+    QVector<QLineF> lines;
+    for (int x = 0; x <= GraphWidth; x += GraphStep)
+        lines.append(QLineF(x, -GraphHeight, x, 0));
+    return lines;
+}
+
+/// Level lines from the graph's base upwards; the top edge has none.
+QVector<QLineF> levelGridLines()
+{
+    QVector<QLineF> lines;
+    for (int y = 0; y > -GraphHeight; y -= GraphStep)
+        lines.append(QLineF(0, y, GraphWidth, y));
+    return lines;
 }
 
 GLuint colorTextureOf(Window* window)
@@ -163,7 +209,9 @@ QtView::QtView(QWidget* /*parent*/, std::string name) :
     QOpenGLWidget(nullptr),
     HCE::EventBase(boost::make_shared<HCE::EventManager>(false)),
     viewName(std::move(name)),
-    statsGraph(flatGraph())
+    statsGraph(flatGraph()),
+    statsText(std::make_unique<OverlayText>(StatsStyle)),
+    cursorText(std::make_unique<OverlayText>(CursorStyle))
 {
     requestFormat();
     setFocusPolicy(Qt::StrongFocus);
@@ -303,7 +351,8 @@ void QtView::showStringAtCursor(QString text)
     cursorMessage = text;
 }
 
-/// Keeps the image: its texture is made where the view's own context is current.
+/// Before the first show there is no context yet: drawLogo makes the texture then. A texture that is
+/// replaced is not released, on purpose.
 void QtView::setLogo(const QImage& image)
 {
     if (image.isNull())
@@ -311,6 +360,17 @@ void QtView::setLogo(const QImage& image)
     logoImage = image;
     logoSize = image.size();
     logoEnabled = true;
+    logoTexture = nullptr;
+    if (!isValid())
+        return;
+    makeCurrent();
+    makeLogoTexture();
+}
+
+/// In the view's own context.
+void QtView::makeLogoTexture()
+{
+    logoTexture = new QOpenGLTexture(logoImage, QOpenGLTexture::GenerateMipMaps);
 }
 
 void QtView::addOpenGLHandler(boost::shared_ptr<IOpenGLHandler> handler)
@@ -345,6 +405,7 @@ void QtView::initializeGL()
     if (!useCurrentContext())
         return;
     connect(QOpenGLContext::currentContext(), SIGNAL(aboutToBeDestroyed()), this, SLOT(cleanup()));
+    logoTexture = nullptr; // of an earlier context, and abandoned to it
     guarded([this] {
         createWindow();
         initializeHandlers();
@@ -521,19 +582,214 @@ void QtView::paintOverlays(QPainter& painter, QPaintEvent* event)
                               message.level);
 }
 
-// The overlays that are drawn with OpenGL or the painter draw nothing yet.
+// Overlays drawn with OpenGL
 
-void QtView::drawLogo() {}
+namespace {
 
-void QtView::drawShadowMaps() {}
+/// The view's pixels as coordinates, y upwards, while it lives; textures are drawn by their alpha, over
+/// everything.
+class PixelDrawing
+{
+public:
+    explicit PixelDrawing(const QSize& view)
+    {
+        glMatrixMode(GL_MODELVIEW);
+        glLoadIdentity();
+        glMatrixMode(GL_PROJECTION);
+        glLoadIdentity();
+        glOrtho(0, view.width(), 0, view.height(), -1, 1);
+        glViewport(0, 0, view.width(), view.height());
+        glDisable(GL_DEPTH_TEST);
+        glEnable(GL_BLEND);
+        glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        glEnable(GL_TEXTURE_2D);
+        glColor4f(1, 1, 1, 1);
+    }
+    ~PixelDrawing()
+    {
+        glDisable(GL_BLEND);
+        glBindTexture(GL_TEXTURE_2D, 0);
+        glDisable(GL_TEXTURE_2D);
+    }
+    Q_DISABLE_COPY(PixelDrawing)
 
-void QtView::drawStats(QPainter& /*painter*/, QPaintEvent* /*event*/) {}
+    /// Draws the bound texture between two corners, with these t coordinates at the lower and upper one.
+    void drawTexture(QPoint lower, QPoint upper, int lowerT, int upperT) const
+    {
+        glBegin(GL_QUADS);
+        glTexCoord2i(0, lowerT);
+        glVertex2i(lower.x(), lower.y());
+        glTexCoord2i(1, lowerT);
+        glVertex2i(upper.x(), lower.y());
+        glTexCoord2i(1, upperT);
+        glVertex2i(upper.x(), upper.y());
+        glTexCoord2i(0, upperT);
+        glVertex2i(lower.x(), upper.y());
+        glEnd();
+    }
+};
 
-void QtView::drawMessageAtCursor(QPainter& /*painter*/, QPaintEvent* /*event*/) {}
+boost::shared_ptr<engine::light::LightManager> lightManagerOf(Window* window)
+{
+    using engine::scenegraph::RenderSceneGraph;
+    const auto scene = window ? window->getRenderScene() : nullptr;
+    const auto graph = boost::dynamic_pointer_cast<RenderSceneGraph>(scene);
+    return graph ? graph->getLightManager() : nullptr;
+}
 
-void QtView::drawMessageAtPosition(QPainter& /*painter*/, QPaintEvent* /*event*/, QPoint /*position*/,
-                                   QString /*text*/, float /*level*/)
-{}
+/// 0 where there is nothing to show.
+GLuint shadowTextureOf(engine::light::RenderLight* light)
+{
+    const auto map = light && light->isInited() ? light->getShadowMap() : nullptr;
+    return map ? map->getTextureID() : 0;
+}
+
+/// Draws the depths of a shadow map, slot 0 in the top right corner, the others below it.
+void drawShadowMap(GLuint texture, int slot, const QSize& view)
+{
+    const PixelDrawing drawing(view);
+    glBindTexture(GL_TEXTURE_2D, texture);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_MODE, GL_NONE);
+    const int top = view.height() - 10 - 200 * slot;
+    drawing.drawTexture(QPoint(view.width() - 210, top - 200), QPoint(view.width() - 10, top - 1), 0, 1);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_COMPARE_MODE, GL_COMPARE_R_TO_TEXTURE);
+}
+
+} // namespace
+
+void QtView::drawLogo()
+{
+    if (!logoTexture && !logoImage.isNull())
+        makeLogoTexture();
+    if (!logoTexture || !logoTexture->isCreated())
+        return;
+    const PixelDrawing drawing(size());
+    glBindTexture(GL_TEXTURE_2D, logoTexture->textureId());
+    const QPoint lower(width() - logoSize.width() - 10, 10);
+    // The image's first row is at the top.
+    drawing.drawTexture(lower, lower + QPoint(logoSize.width(), logoSize.height()), 1, 0);
+}
+
+/// Every light has its slot; one without a shadow map leaves it empty.
+void QtView::drawShadowMaps()
+{
+    const auto lights = lightManagerOf(getWindow().get());
+    const unsigned int count = lights ? lights->getLightCount() : 0;
+    for (unsigned int i = 0; i < count; ++i)
+        if (const GLuint texture = shadowTextureOf(lights->getLightAt(i).get()))
+            drawShadowMap(texture, int(i), size());
+}
+
+// Overlays drawn with the painter
+
+namespace {
+
+boost::shared_ptr<engine::renderer::IRenderer> sceneRendererOf(Window* window)
+{
+    const auto layout = window ? window->getLayout() : nullptr;
+    const auto viewport = layout ? layout->getViewport() : nullptr;
+    return viewport ? viewport->getSceneRenderer() : nullptr;
+}
+
+void setColors(QPainter& painter, const QColor& pen, const QColor& brush)
+{
+    painter.setPen(pen);
+    painter.setBrush(QBrush(brush, Qt::SolidPattern));
+}
+
+/// From the origin to a margin beyond the size.
+QRectF boxRound(const QSizeF& size, qreal margin)
+{
+    return QRectF(QPointF(0, 0), QPointF(size.width() + margin, size.height() + margin));
+}
+
+void drawGrid(QPainter& painter)
+{
+    static const QVector<QLineF> upright = uprightGridLines();
+    static const QVector<QLineF> level = levelGridLines();
+    painter.setPen(QColor(255, 255, 255, 20));
+    painter.drawLines(upright);
+    painter.drawLines(level);
+}
+
+} // namespace
+
+/// The translations add up: box at (10, 10), text at (16, 16), the graph's base line at (24, 216).
+void QtView::drawStats(QPainter& painter, QPaintEvent* /*event*/)
+{
+    const auto renderer = sceneRendererOf(getWindow().get());
+    statsText->setHtml(QString(StatsHtml)
+                           .arg(renderer ? renderer->getTriangleCount() : 0)
+                           .arg(renderer ? renderer->getVertexCount() : 0)
+                           .arg(lastRenderTime));
+    painter.translate(10, 10);
+    setColors(painter, QColor(220, 220, 255, 255), QColor(100, 100, 255, 20));
+    painter.drawRect(boxRound(statsText->size(), 11));
+    painter.translate(6, 6);
+    statsText->draw(painter);
+
+    advanceStatsGraph();
+    painter.translate(8, 200);
+    drawGrid(painter);
+    drawStatsGraph(painter);
+}
+
+/// The new segment starts upright, at the newest point so far.
+void QtView::advanceStatsGraph()
+{
+    statsGraph.remove(statsGraph.size() - 2, 2);
+    statsGraph.prepend(QPointF(statsGraph.first()));
+    statsGraph.prepend(QPointF(GraphWidth, -lastRenderTime));
+    for (QPointF& point : statsGraph)
+        point.rx() -= GraphStep;
+
+    if (framesSincePeak > PeakLife) {
+        peakRenderTime = 0;
+        framesSincePeak = 0;
+    }
+    const int peakBefore = peakRenderTime;
+    for (const QPointF& point : qAsConst(statsGraph))
+        peakRenderTime = std::max(peakRenderTime, int(-point.y()));
+    if (peakRenderTime == peakBefore)
+        ++framesSincePeak;
+}
+
+void QtView::drawStatsGraph(QPainter& painter)
+{
+    if (peakRenderTime == 0)
+        return; // divided by it nothing would be drawn either
+    QVector<QPointF> scaled = statsGraph;
+    for (QPointF& point : scaled)
+        point.ry() *= qreal(GraphHeight) / peakRenderTime;
+    painter.setPen(QColor(0, 255, 0));
+    painter.drawLines(scaled); // a segment for every two points
+}
+
+void QtView::drawMessageAtCursor(QPainter& painter, QPaintEvent* /*event*/)
+{
+    const auto logicManager = getLogicManager();
+    if (!logicManager)
+        return;
+    const Eigen::Vector2i mouse = logicManager->getMousePosition();
+    cursorText->setHtml(QString(CursorHtml).arg(cursorMessage));
+    painter.resetTransform();
+    painter.translate(mouse.x(), height() - mouse.y());
+    setColors(painter, QColor(220, 220, 255, 255), QColor(180, 180, 200, 200));
+    painter.drawRect(boxRound(cursorText->size(), 1));
+    cursorText->draw(painter);
+}
+
+/// Translated to the position and drawn at it once more: twice its coordinates, on purpose.
+void QtView::drawMessageAtPosition(QPainter& painter, QPaintEvent* /*event*/, QPoint position, QString text,
+                                   float level)
+{
+    painter.resetTransform();
+    painter.translate(position);
+    const int alpha = int(std::min(level * 255.0F, 255.0F));
+    setColors(painter, QColor(250, 250, 250, alpha), QColor(180, 180, 200, 200));
+    painter.setFont(QFont("Verdana", 13));
+    painter.drawText(position, text);
+}
 
 // Input
 
@@ -606,10 +862,52 @@ void QtView::keyReleaseEvent(QKeyEvent* event)
     lastModifiers = event->modifiers();
 }
 
-/// There is no menu yet: the parent may show one.
+/// Right clicks with a modifier belong to the engine. The menu and its mapper live as long as the view.
 void QtView::contextMenuEvent(QContextMenuEvent* event)
 {
     event->ignore();
+    if (lastModifiers != Qt::NoModifier || presentationMode)
+        return;
+    guarded([&] { showContextMenu(event); });
+}
+
+void QtView::showContextMenu(QContextMenuEvent* event)
+{
+    auto* menu = new QMenu(tr("Viewport"), this);
+    QMenu* cameras = menu->addMenu(tr("Cameras"));
+    menu->addSeparator();
+    const auto sceneManager = getSceneManager();
+    if (!sceneManager)
+        return;
+    auto* mapper = new QSignalMapper(this);
+    addCameras(*cameras, *mapper, *sceneManager);
+    // The menu takes the mouse: no button may stay held in the engine.
+    if (const auto logicManager = getLogicManager())
+        logicManager->resetInputState();
+    connect(mapper, SIGNAL(mapped(QString)), this, SLOT(activateCamera(QString)));
+    addAnimationActions(*menu->addMenu(tr("Animations")));
+    menu->popup(event->globalPos());
+    event->accept();
+}
+
+void QtView::addCameras(QMenu& menu, QSignalMapper& mapper, scene::SceneManager& sceneManager)
+{
+    const unsigned int count = sceneManager.getCameraInstanceCount();
+    for (unsigned int i = 0; i < count; ++i) {
+        const auto camera = sceneManager.getCameraInstanceAt(i);
+        if (!camera)
+            continue;
+        const QString sid = QString::fromStdString(camera->getSID());
+        QAction* action = menu.addAction(sid);
+        mapper.setMapping(action, sid);
+        connect(action, SIGNAL(triggered()), &mapper, SLOT(map()));
+    }
+}
+
+void QtView::addAnimationActions(QMenu& menu)
+{
+    connect(menu.addAction("Resume"), SIGNAL(triggered()), this, SLOT(resumeAnimations()));
+    connect(menu.addAction("Pause"), SIGNAL(triggered()), this, SLOT(pauseAnimations()));
 }
 
 // Only drags out of a material panel will be accepted; there is none yet, so events stay as they are.

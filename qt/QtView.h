@@ -20,14 +20,17 @@
 #include <atomic>
 #include <deque>
 #include <list>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
 
 class QInputEvent;
+class QMenu;
 class QOpenGLTexture;
 class QPainter;
+class QSignalMapper;
 
 namespace halvern::core::interfaces {
 class IOpenGLHandler;
@@ -44,6 +47,8 @@ class SceneManager;
 } // namespace halvern::scene
 
 namespace halvern::qt {
+
+class OverlayText;
 
 /// The viewport: shows what an engine window renders, draws overlays over it and hands its input to the
 /// window's logic manager.
@@ -217,6 +222,13 @@ private:
     template <class Forward>
     void forwardInput(QInputEvent* event, Forward forward);
 
+    void makeLogoTexture();
+    void advanceStatsGraph();
+    void drawStatsGraph(QPainter& painter);
+    void showContextMenu(QContextMenuEvent* event);
+    static void addCameras(QMenu& menu, QSignalMapper& mapper, scene::SceneManager& sceneManager);
+    void addAnimationActions(QMenu& menu);
+
     static void age(ShownMessage& message);
     bool isMessageShownAt(const QPoint& position) const;
 
@@ -243,6 +255,8 @@ private:
     std::list<boost::shared_ptr<core::interfaces::IOpenGLHandler>> openGLHandlers;
 
     QImage logoImage;
+    const std::unique_ptr<OverlayText> statsText;
+    const std::unique_ptr<OverlayText> cursorText;
     bool initializedBefore = false;
     std::atomic<bool> updatePending{false};
 };
