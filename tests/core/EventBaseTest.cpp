@@ -20,7 +20,6 @@ namespace {
 using halvern::core::event::Event;
 using halvern::core::event::EventBase;
 using halvern::core::event::EventData;
-using halvern::core::event::EventListener;
 using halvern::core::event::EventManager;
 using halvern::core::event::EventType;
 using halvern::test::Gate;
@@ -443,16 +442,17 @@ TEST(EventBaseTest, TheLastManagerSetFromSeveralThreadsHasAllRegistrations)
                                                       boost::make_shared<EventManager>(false),
                                                       ManagerPointer()};
         CountingBase base{ManagerPointer()};
-        std::vector<std::thread> threads;
-        for (int t = 0; t < 3; ++t)
-            threads.emplace_back([&, t] {
-                for (int i = 0; i < 6; ++i) {
-                    base.setEventManager(managers[(t + i) % 3]);
-                    base.registerToListen(EventType(types[(t + i) % 4]));
-                }
-            });
-        for (std::thread& thread : threads)
-            thread.join();
+        const auto change = [&](int first) {
+            for (int i = first; i < first + 6; ++i) {
+                base.setEventManager(managers[i % 3]);
+                base.registerToListen(EventType(types[i % 4]));
+            }
+        };
+        std::thread second(change, 1);
+        std::thread third(change, 2);
+        change(0);
+        second.join();
+        third.join();
 
         const ManagerPointer last = base.getEventManager();
         for (const ManagerPointer& manager : managers) {
