@@ -2,58 +2,50 @@
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
-# Packages of Debian 12 by what they are needed for.
-build_packages="cmake g++ git ninja-build ccache pkg-config
-    qtbase5-dev libopenscenegraph-dev libassimp-dev libboost-dev libeigen3-dev libgl-dev libegl-dev"
+# Packages of Debian 12, by what they are needed for.
+build_packages="cmake g++ ninja-build ccache
+    qtbase5-dev libopenscenegraph-dev libassimp-dev libboost-dev libeigen3-dev libgl-dev libegl-dev libopengl-dev"
 display_packages="xvfb xauth libgl1-mesa-dri fonts-dejavu-core"
-test_packages="libgtest-dev libgmock-dev assimp-testmodels assimp-utils x11-utils xdotool"
-lint_packages="clang-format clang-tidy codespell"
-bench_packages="libbenchmark-dev f3d openscenegraph python3"
+test_packages="libgtest-dev libgmock-dev assimp-testmodels"
+lint_packages="git clang-format clang-tidy codespell"
+bench_packages="python3 f3d openscenegraph"
 
-# install <packages...>: with apt, only what is missing; nothing to do costs no network.
-install() {
-    local missing=() package
-    for package in "$@"; do
-        dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'ok installed' || missing+=("$package")
-    done
-    [ ${#missing[@]} -eq 0 ] && return
-    local sudo=()
+# install_missing <packages...>: with apt; when nothing is missing it needs neither network nor rights.
+install_missing() {
+    local missing sudo=()
+    missing=$(comm -23 <(printf '%s\n' "$@" | sort) <(
+        dpkg-query -W -f='${db:Status-Status} ${Package}\n' "$@" 2>/dev/null | sed -n 's/^installed //p' | sort))
+    [ -n "$missing" ] || return 0
     [ "$(id -u)" -eq 0 ] || sudo=(sudo)
-    {
-        echo "installing: ${missing[*]}"
-        "${sudo[@]}" apt-get update -q
-        "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -qy --no-install-recommends "${missing[@]}"
-    } >&2
+    echo "installing:" $missing >&2
+    "${sudo[@]}" apt-get update -q >&2
+    "${sudo[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -qy --no-install-recommends $missing </dev/null >&2
 }
 
-# configure <preset> [cmake options]
+# configure <preset> [cmake options]: prints nothing but warnings and errors.
 configure() {
-    local preset=$1
-    shift
-    (cd "$root" && cmake --preset "$preset" "$@") >&2
+    (cd "$root" && cmake --preset "$@" -Wno-dev --log-level=NOTICE >/dev/null)
 }
 
-# build <preset> [targets...]
+# build <preset> [targets...]: progress and errors go to stderr; in a log only the errors.
 build() {
-    local preset=$1
-    shift
-    cmake --build "$root/build/$preset" ${1:+--target "$@"} >&2
+    local quiet=()
+    [ -t 2 ] || quiet=(--quiet)
+    echo "building in build/$1" >&2
+    ninja -C "$root/build/$1" "${quiet[@]}" "${@:2}" >&2
 }
 
-# with_display <screen> <command...>: as it is where there is a display, else under a display of its own.
-with_display() {
-    local screen=$1
-    shift
-    if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
-        "$@"
-    else
-        under_xvfb "$screen" "$@"
-    fi
-}
-
-# under_xvfb <screen> <command...>
+# under_xvfb <screen> <command...>: with a display of its own.
 under_xvfb() {
-    local screen=$1
-    shift
-    xvfb-run -a -s "-screen 0 $screen +extension GLX" "$@"
+    xvfb-run -a -s "-screen 0 $1 +extension GLX" "${@:2}"
+}
+
+# with_display <screen> <command...>: with the display that there is, else one of its own.
+with_display() {
+    if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+        "${@:2}"
+    else
+        under_xvfb "$@"
+    fi
 }
