@@ -1098,8 +1098,7 @@ def add_monument(gltf, mat, parent):
 
 def add_lamps(gltf, mat, parent):
     """Four lamp posts; the two in front carry light of their own."""
-    lamps = gltf.node("Lamps", parent, at=(0.0, PLAZA_HEIGHT, 0.0),
-                      layers=CASTS)
+    lamps = gltf.node("Lamps", parent, at=(0.0, PLAZA_HEIGHT, 0.0))
     frame = lathe(
         [(0.17, 0.0), (0.17, 0.06), (0.13, 0.10), (0.12, 0.26), (0.075, 0.34),
          (0.055, 0.42), (0.042, 1.30), (0.060, 1.33), (0.060, 1.37),
@@ -1111,12 +1110,13 @@ def add_lamps(gltf, mat, parent):
     post = gltf.mesh("Lamp Post", (frame.merge(cap, (0.0, 2.37, 0.0)),
                                    mat.brass))
     globe = gltf.mesh("Lamp Globe", (sphere(0.19, 22, 14), mat.glow))
-    glows = {"Amber": ([1.0, 0.70, 0.36], 6.0),
-             "Azure": ([0.46, 0.70, 1.0], 5.0)}
+    glows = {"Amber": ([1.0, 0.70, 0.36], 2.6),
+             "Azure": ([0.46, 0.70, 1.0], 2.4)}
     for name, angle in (("Amber", 47.0), ("Azure", -47.0), ("East", 88.0),
                         ("West", -88.0)):
-        lamp = gltf.node(name + " Lamp", lamps, post,
-                         at=around_y(angle, 4.05))
+        lamp = gltf.node(name + " Lamp", lamps, at=around_y(angle, 4.05))
+        # The globe casts no shadow: it would keep the light inside.
+        gltf.node(name + " Post", lamp, post, layers=CASTS)
         lantern = gltf.node(name + " Globe", lamp, globe, at=(0.0, 2.22, 0.0))
         if name in glows:
             colour, intensity = glows[name]
