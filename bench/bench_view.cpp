@@ -8,6 +8,7 @@
 #include <QApplication>
 #include <QOpenGLFunctions>
 #include <QOpenGLWidget>
+#include <QScreen>
 
 #include <boost/make_shared.hpp>
 
@@ -98,9 +99,10 @@ int main(int argc, char** argv)
 
     BareWidget bare;
     bare.setFormat(qt::QtView().format());
-    show(bare, -160);
+    const int middle = QGuiApplication::primaryScreen()->geometry().center().x();
+    show(bare, middle - 800);
     qt::QtView view;
-    show(view, 640);
+    show(view, middle);
     view.makeCurrent();
     view.setWindow(boost::make_shared<EmptyEngine>(makeTexture()));
 

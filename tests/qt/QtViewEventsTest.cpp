@@ -90,6 +90,15 @@ TEST_P(QtViewEventsTest, SyncSceneFromTheThreadOfTheViewRepaints)
     EXPECT_EQ(view.paints, before + 1);
 }
 
+TEST_P(QtViewEventsTest, SyncSceneOnTheThreadOfTheViewIsNotPosted)
+{
+    showView(view);
+    const int before = view.paints;
+    view.handleSyncScene();
+    QCoreApplication::sendPostedEvents(&view, QEvent::UpdateRequest); // what is posted to it waits
+    EXPECT_EQ(view.paints, before + 1);
+}
+
 TEST_P(QtViewEventsTest, SyncSceneDoesNotEmitNeedsUpdate)
 {
     showView(view);

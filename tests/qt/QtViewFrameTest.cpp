@@ -376,10 +376,15 @@ TEST(QtViewFrameTest, PaintEventBeforeTheFirstShowDoesNothing)
     ViewProbe view;
     view.setWindow(boost::make_shared<FakeWindow>(log));
     log.take();
+    ViewProbe other;
+    showView(other);
+    other.makeCurrent(); // whose state is not the unshown view's to change
+    glDisable(GL_MULTISAMPLE);
     QPaintEvent event(view.rect());
     QCoreApplication::sendEvent(&view, &event);
     EXPECT_EQ(view.paints, 1);
     EXPECT_TRUE(log.calls.empty());
+    EXPECT_FALSE(glIsEnabled(GL_MULTISAMPLE));
 }
 
 TEST(QtViewFrameTest, PaintGLWithoutAContextDoesNothing)
