@@ -69,6 +69,8 @@ void DrawPass::draw()
     renderStage->draw(renderInfo, previous);
     // Forgets the matrices too, which are the same objects with other values in the next pass.
     state.popAllStateSets();
+    // All switches and the program are off now, for OpenGL and for the state alike.
+    state.apply();
 }
 
 osg::RefMatrix* DrawPass::nextMatrix(const osg::Matrixd& value)

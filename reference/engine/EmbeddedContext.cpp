@@ -1,6 +1,7 @@
 #include "reference/engine/EmbeddedContext.h"
 
 #include "reference/engine/NativeContext.h"
+#include "reference/engine/Quiet.h"
 #include <GL/gl.h>
 
 #include <atomic>
@@ -21,6 +22,7 @@ unsigned long long newSerial()
 
 EmbeddedContext::EmbeddedContext() : nativeContext(currentNativeContext()), serial(newSerial())
 {
+    quietenOpenSceneGraph();
     int bound = 0;
     glGetIntegerv(GL_ARRAY_BUFFER_BINDING, &bound);
     glGenBuffers(1, &marker);

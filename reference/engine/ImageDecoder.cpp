@@ -1,5 +1,8 @@
 #include "reference/engine/ImageDecoder.h"
 
+#include "reference/engine/ImageCheck.h"
+#include "reference/engine/Quiet.h"
+
 #include <osg/Image>
 #include <osgDB/Registry>
 
@@ -9,28 +12,6 @@
 namespace halvern::engine {
 
 namespace {
-
-struct Signature
-{
-    const char* bytes;
-    size_t length;
-    const char* extension;
-};
-
-// What a picture file of each format begins with. TGA has no signature: it needs the hint.
-const Signature signatures[] = {{"\x89PNG", 4, "png"}, {"\xFF\xD8\xFF", 3, "jpeg"}, {"GIF8", 4, "gif"},
-                                {"BM", 2, "bmp"},      {"DDS ", 4, "dds"},          {"II*\0", 4, "tiff"},
-                                {"MM\0*", 4, "tiff"}};
-
-std::string extensionOf(const std::vector<uint8_t>& encoded, const std::string& hint)
-{
-    // The bytes are right where they and the hint differ: files are often named wrongly.
-    for (const Signature& signature : signatures)
-        if (encoded.size() >= signature.length &&
-            std::memcmp(encoded.data(), signature.bytes, signature.length) == 0)
-            return signature.extension;
-    return hint;
-}
 
 int channelsOf(GLenum format)
 {
@@ -82,9 +63,12 @@ scene::Image toSceneImage(const osg::Image& source)
 
 scene::Image decodeImage(const std::vector<uint8_t>& encoded, const std::string& hint)
 {
-    osgDB::ReaderWriter* reader =
-        osgDB::Registry::instance()->getReaderWriterForExtension(extensionOf(encoded, hint));
-    if (!reader || encoded.empty())
+    const std::string format = imageFormat(encoded, hint);
+    if (!isSafeToDecode(encoded, format))
+        return {};
+    quietenOpenSceneGraph();
+    osgDB::ReaderWriter* reader = osgDB::Registry::instance()->getReaderWriterForExtension(format);
+    if (!reader)
         return {};
     std::istringstream stream(std::string(reinterpret_cast<const char*>(encoded.data()), encoded.size()));
     osgDB::ReaderWriter::ReadResult result = reader->readImage(stream, nullptr);

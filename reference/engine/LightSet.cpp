@@ -22,6 +22,8 @@ bool SceneLight::isInited()
 
 boost::shared_ptr<fx::FXRenderTarget> SceneLight::getShadowMap()
 {
+    if (!shadow.isRendered())
+        return {};
     return shadow.getTarget();
 }
 

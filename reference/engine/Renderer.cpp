@@ -114,17 +114,15 @@ void Renderer::prepareState()
 {
     osg::State& state = *context->getState();
     state.initializeExtensionProcs();
+    // The switches are off, for OpenGL by the guard and for the state since the last pass. Not
+    // dirtyAllModes(): it makes the state believe the opposite of what it believed, right or wrong.
     state.dirtyAllAttributes();
     state.dirtyAllVertexArrays();
 }
 
 void Renderer::finishState()
 {
-    // All switches are off at the beginning of a frame, so they have to be off for the state too at the end
-    // of the one before. (State::dirtyAllModes() cannot replace this: it makes the state believe the
-    // opposite of what it believed.)
     osg::State& state = *context->getState();
-    state.apply();
     state.unbindVertexArrayObject();
     state.setActiveTextureUnit(0);
 }

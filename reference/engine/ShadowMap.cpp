@@ -44,6 +44,11 @@ Eigen::AlignedBox3d boundsIn(const Eigen::Affine3d& toEye, const Eigen::AlignedB
 
 ShadowMap::ShadowMap() : target(boost::make_shared<LiveRenderTarget>()) {}
 
+ShadowMap::~ShadowMap()
+{
+    target->setTextureID(0);
+}
+
 void ShadowMap::update(const SceneLight& light, const SceneMirror& mirror, DrawPass& pass, osg::State& state,
                        osg::StateSet* depthState)
 {

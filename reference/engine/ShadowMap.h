@@ -22,10 +22,11 @@ class ShadowMap
 {
 public:
     ShadowMap();
+    ~ShadowMap();
 
     bool isRendered() const { return rendered; }
 
-    /// Names the texture once it is rendered.
+    /// Names the texture while there is one.
     boost::shared_ptr<LiveRenderTarget> getTarget() const { return target; }
 
     /// Draws the map if the casters or the light changed since the last time. Binds a framebuffer then.

@@ -219,6 +219,7 @@ Window::~Window()
     d->control->detach();
     // What was drawn with the renderer's context goes before the context does.
     d->forgetScene();
+    d->colorRenderTarget->setTextureID(0);
 }
 
 void Window::init()
