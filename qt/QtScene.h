@@ -40,7 +40,9 @@ class TreeWidget;
 /// whether the node under the cursor is hidden and in which render layers it is; choosing an entry changes
 /// all selected nodes and sends "UpdateViews".
 ///
-/// Every operation belongs to the GUI thread, except handleEvent.
+/// Every operation belongs to the GUI thread, except handleEvent. A derived class calls
+/// setEventManager(nullptr) as the first statement of its own destructor: only then does no event reach an
+/// object that is half destroyed.
 class HALVERN_QT_API QtScene : public QWidget, public HCE::EventListener
 {
     Q_OBJECT

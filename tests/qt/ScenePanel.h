@@ -52,6 +52,7 @@ public:
     {
         qRegisterMetaType<QTreeWidgetItem*>("QTreeWidgetItem*"); // for signal spies
     }
+    ~ScenePanel() override { setEventManager(nullptr); }
 
     using QtScene::castShadowNode;
     using QtScene::findItemWorker;
