@@ -7,6 +7,7 @@
 #include <osg/Depth>
 #include <osg/Image>
 
+#include <algorithm>
 #include <cmath>
 
 namespace halvern::engine {
@@ -18,20 +19,53 @@ namespace {
 /// Of a surface in the layer "transparent" whose material does not say how much shines through.
 constexpr float seeThroughOpacity = 0.45f;
 
-/// Draws on memory of a scene image, which it keeps alive.
-class SharedImage : public osg::Image
+/// Halves a picture by averaging two by two pixels; of an odd side the last row or column is left out.
+void halve(const uint8_t* from, int width, int height, int channels, uint8_t* to)
+{
+    const int right = width > 1 ? channels : 0;
+    const int below = height > 1 ? width * channels : 0;
+    for (int y = 0; y < std::max(1, height / 2); ++y)
+        for (int x = 0; x < std::max(1, width / 2); ++x)
+            for (int c = 0; c < channels; ++c) {
+                const uint8_t* p = from + (2 * y * width + 2 * x) * channels + c;
+                *to++ = uint8_t((p[0] + p[right] + p[below] + p[right + below] + 2) / 4);
+            }
+}
+
+/// A scene image with its smaller levels. They are made here because software OpenGL compiles shaders of
+/// its own to make them, anew in each process, which takes many times longer.
+class MipmappedImage : public osg::Image
 {
 public:
-    explicit SharedImage(std::shared_ptr<const scene::Image> newSource) : source(newSource)
+    explicit MipmappedImage(const scene::Image& source)
     {
         static const GLenum formats[] = {GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA};
-        const GLenum format = formats[source->channels - 1];
-        setImage(source->width, source->height, 1, format, format, GL_UNSIGNED_BYTE,
-                 const_cast<uint8_t*>(source->pixels.data()), NO_DELETE);
-    }
+        const GLenum format = formats[source.channels - 1];
+        const auto sizeOf = [&](int width, int height) { return size_t(width) * height * source.channels; };
+        const auto half = [](int side) { return std::max(1, side / 2); };
 
-private:
-    const std::shared_ptr<const scene::Image> source;
+        MipmapDataType offsets;
+        size_t total = sizeOf(source.width, source.height);
+        for (int w = source.width, h = source.height; w > 1 || h > 1;) {
+            w = half(w);
+            h = half(h);
+            offsets.push_back(unsigned(total));
+            total += sizeOf(w, h);
+        }
+        auto* levels = new uint8_t[total];
+        std::copy_n(source.pixels.data(), sizeOf(source.width, source.height), levels);
+        const uint8_t* from = levels;
+        int w = source.width;
+        int h = source.height;
+        for (const unsigned offset : offsets) {
+            halve(from, w, h, source.channels, levels + offset);
+            from = levels + offset;
+            w = half(w);
+            h = half(h);
+        }
+        setImage(source.width, source.height, 1, format, format, GL_UNSIGNED_BYTE, levels, USE_NEW_DELETE);
+        setMipmapLevels(offsets);
+    }
 };
 
 bool isUsable(const std::shared_ptr<const scene::Image>& image)
@@ -168,7 +202,7 @@ osg::Texture2D* MaterialStates::texture(const std::shared_ptr<const scene::Image
 {
     osg::ref_ptr<osg::Texture2D>& texture = textures[image.get()];
     if (!texture) {
-        texture = new osg::Texture2D(new SharedImage(image));
+        texture = new osg::Texture2D(new MipmappedImage(*image));
         texture->setResizeNonPowerOfTwoHint(false);
         texture->setFilter(osg::Texture::MIN_FILTER, osg::Texture::LINEAR_MIPMAP_NEAREST);
         texture->setFilter(osg::Texture::MAG_FILTER, osg::Texture::LINEAR);
