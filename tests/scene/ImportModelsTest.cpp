@@ -2,7 +2,10 @@
 
 #include "engine/scene/Camera.h"
 #include "engine/scene/CameraInstance.h"
+#include "engine/scene/Light.h"
+#include "reference/scene/CameraPose.h"
 #include "reference/scene/Importer.h"
+#include "reference/scene/LightSource.h"
 #include "reference/scene/Mesh.h"
 #include "tests/scene/SceneHelpers.h"
 
@@ -115,6 +118,36 @@ TEST_F(ImportModelsTest, FilesThatBringAssimpDownAreSurvived)
     EXPECT_EQ(importScene(Models + "/STL/triangle_with_empty_solid.stl", {}).counts.triangles, 1u);
     EXPECT_EQ(importScene(Models + "/OpenGEX/empty_camera.ogex", {}).counts.nodes, 0u);
     EXPECT_THROW(importScene(Models + "/invalid/OutOfMemory.off", {}), ImportError);
+}
+
+TEST_F(ImportModelsTest, ADistanceIsInTheUnitOfTheScene)
+{
+    // The file's unit is the centimetre.
+    const auto imported = importScene(Models + "/Collada/COLLADA.dae", {});
+    const auto camera = imported.sceneManager->getCameraInstanceAt(0)->getCamera();
+    EXPECT_FLOAT_EQ(camera->getZNear(), 0.1f);
+    EXPECT_FLOAT_EQ(camera->getZFar(), 10);
+}
+
+TEST_F(ImportModelsTest, CamerasLookWhereTheirFormatLooks)
+{
+    const Eigen::Matrix3f none = Eigen::Matrix3f::Identity();
+    for (const char* file : {"ASE/TargetCameraAnim.ase", "LWS/move_x_post_linear.lws", "Collada/duck.dae"}) {
+        const auto imported = importScene(Models + "/" + file, {});
+        const auto camera = imported.sceneManager->getCameraInstanceAt(0)->getCamera();
+        EXPECT_TRUE(getCameraPose(*camera).linear().isApprox(none)) << file;
+    }
+    const auto imported = importScene(Models + "/FBX/huesitos.fbx", {});
+    const auto camera = imported.sceneManager->getCameraInstanceAt(0)->getCamera();
+    EXPECT_TRUE((-getCameraPose(*camera).linear().col(2)).isApprox(Eigen::Vector3f::UnitX()));
+}
+
+TEST_F(ImportModelsTest, LightsOfWhichTheFileDoesNotSayHowTheyFadeDoNotFade)
+{
+    const auto imported = importScene(Models + "/ASE/anim2.ASE", {});
+    const auto light = imported.sceneManager->getNodeByID("Sky01")->getInstanceLight(0);
+    ASSERT_TRUE(light);
+    EXPECT_EQ(getLightSource(*light).attenuation, Eigen::Vector3f(1, 0, 0));
 }
 
 TEST_F(ImportModelsTest, LightsThatNoNodeCarriesAreLeftOutWithAWarning)

@@ -538,6 +538,40 @@ TEST_F(ImporterTest, ASceneWithCameraAndLightKeepsItsRoot)
     EXPECT_EQ(cameraOnly.sceneManager->getCameraInstanceCount(), 1u);
 }
 
+TEST_F(ImporterTest, WhereNoCameraOfTheFileSeesAnythingOneIsAddedInFront)
+{
+    const std::string more =
+        R"("cameras":[{"type":"perspective","perspective":{"yfov":0.7,"znear":0.5,"zfar":20}}])";
+    const auto cameraAt = [&](const std::string& place) {
+        Gltf gltf;
+        gltf.triangle();
+        return import(
+            "a.gltf",
+            gltf.text(R"({"children":[1,2]},{"mesh":0},{"name":"own","camera":0,)" + place + "}", "0", more));
+    };
+    for (const char* place : {R"("translation":[0,0,5])", R"("translation":[0.5,0.5,1.5],"scale":[9,9,9])"})
+        EXPECT_EQ(cameraAt(place).sceneManager->getCameraInstanceCount(), 1u) << place;
+    for (const char* place :
+         {R"("translation":[0,0,-5])", R"("translation":[30,0,5])", R"("translation":[0,0,25])",
+          R"("translation":[0,0,0.1])", R"("translation":[0,0,5],"scale":[0,0,0])"}) {
+        const auto imported = cameraAt(place);
+        ASSERT_EQ(imported.sceneManager->getCameraInstanceCount(), 2u) << place;
+        EXPECT_EQ(imported.sceneManager->getCameraInstanceAt(0)->getSID(), "Default camera");
+        EXPECT_EQ(imported.sceneManager->getCameraInstanceAt(1)->getSID(), "own");
+        EXPECT_EQ(imported.counts.cameras, 1u);
+        expectFramed(imported, {Eigen::Vector3f(0, 0, 0), Eigen::Vector3f(1, 1, 0)});
+    }
+}
+
+TEST_F(ImporterTest, ACameraWithoutAFarPlaneSeesFar)
+{
+    const auto imported =
+        import("a.gltf",
+               Gltf().text(R"({"camera":0})", "0",
+                           R"("cameras":[{"type":"perspective","perspective":{"yfov":0.7,"znear":0.5}}])"));
+    EXPECT_GT(imported.sceneManager->getCameraInstanceAt(0)->getCamera()->getZFar(), 10000);
+}
+
 TEST_F(ImporterTest, IDsOfWhatIsAddedAreUniqueToo)
 {
     const auto imported = import("Key light.gltf", Gltf().text(R"({"name":"Key light"})"));

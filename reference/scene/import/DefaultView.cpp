@@ -4,7 +4,7 @@
 #include "engine/scene/CameraInstance.h"
 #include "engine/scene/Light.h"
 #include "engine/scene/Node.h"
-#include "engine/scene/SceneManager.h"
+#include "reference/scene/CameraPose.h"
 #include "reference/scene/LightSource.h"
 #include "reference/scene/Mesh.h"
 #include "reference/scene/import/Conversions.h"
@@ -13,6 +13,7 @@
 #include <boost/make_shared.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -48,6 +49,44 @@ void extend(Eigen::AlignedBox3d& bounds, const Eigen::AlignedBox3f& box, const E
         if (point.cast<float>().allFinite())
             bounds.extend(point);
     }
+}
+
+/// Calls function(node, world) for the node and all below it.
+template <class Function>
+void visit(const boost::shared_ptr<Node>& top, Function function)
+{
+    std::vector<std::pair<boost::shared_ptr<Node>, Eigen::Affine3d>> pending;
+    pending.emplace_back(top, Eigen::Affine3d::Identity());
+    while (!pending.empty()) {
+        const auto [node, parent] = std::move(pending.back());
+        pending.pop_back();
+        const Eigen::Affine3d world = parent * localTransform(*node);
+        function(*node, world);
+        for (unsigned i = 0, count = node->getChildCount(); i < count; ++i)
+            pending.emplace_back(node->getChildNode(i), world);
+    }
+}
+
+/// Whether a part of the box may lie in the pyramid of sight: not if all corners are beyond one side.
+bool sees(const Camera& camera, const Eigen::Affine3d& world, const Eigen::AlignedBox3d& bounds)
+{
+    constexpr double Aspect = 1.5;
+    Eigen::Affine3d eye = world * getCameraPose(camera).cast<double>();
+    eye.linear().colwise().normalize(); // a scale of the node is none of the lens
+    const Eigen::Affine3d toEye = eye.inverse();
+    const double slope = std::tan(radians(camera.getYFov() / 2));
+    std::array<int, 6> beyond{};
+    for (int corner = 0; corner < 8; ++corner) {
+        const auto which = static_cast<Eigen::AlignedBox3d::CornerType>(corner);
+        const Eigen::Vector3d point = toEye * bounds.corner(which);
+        const double depth = -point.z();
+        const double sides[] = {point.x() - depth * slope * Aspect, -point.x() - depth * slope * Aspect,
+                                point.y() - depth * slope,          -point.y() - depth * slope,
+                                camera.getZNear() - depth,          depth - camera.getZFar()};
+        for (size_t side = 0; side < beyond.size(); ++side)
+            beyond[side] += sides[side] <= 0 ? 0 : 1; // not a number is beyond
+    }
+    return *std::max_element(beyond.begin(), beyond.end()) < 8;
 }
 
 /// What has to be seen: never empty, never a single point.
@@ -111,22 +150,28 @@ void addLight(Node& node, const char* name, LightSource::Kind kind, float intens
 Eigen::AlignedBox3d boundsOf(const boost::shared_ptr<Node>& top)
 {
     Eigen::AlignedBox3d bounds;
-    std::vector<std::pair<boost::shared_ptr<Node>, Eigen::Affine3d>> pending;
-    pending.emplace_back(top, Eigen::Affine3d::Identity());
-    while (!pending.empty()) {
-        const auto [node, parent] = std::move(pending.back());
-        pending.pop_back();
-        const Eigen::Affine3d transform = parent * localTransform(*node);
-        for (const auto& mesh : getGeometries(*node))
-            extend(bounds, mesh->bounds, transform);
-        for (unsigned i = 0, count = node->getChildCount(); i < count; ++i)
-            pending.emplace_back(node->getChildNode(i), transform);
-    }
+    visit(top, [&](const Node& node, const Eigen::Affine3d& world) {
+        for (const auto& mesh : getGeometries(node))
+            extend(bounds, mesh->bounds, world);
+    });
     return bounds;
 }
 
-void addDefaultCamera(SceneManager& sceneManager, Node& parent, const Eigen::AlignedBox3d& bounds,
-                      ImportIDs& ids)
+bool isSeen(const Eigen::AlignedBox3d& bounds, const std::vector<boost::shared_ptr<CameraInstance>>& cameras,
+            const boost::shared_ptr<Node>& top)
+{
+    if (bounds.isEmpty() || cameras.empty())
+        return !cameras.empty();
+    bool isSeen = false;
+    visit(top, [&](const Node& node, const Eigen::Affine3d& world) {
+        for (unsigned i = 0; i < node.getInstanceCameraCount(); ++i)
+            isSeen = isSeen || sees(*node.getInstanceCamera(i), world, bounds);
+    });
+    return isSeen;
+}
+
+boost::shared_ptr<CameraInstance> addDefaultCamera(Node& parent, const Eigen::AlignedBox3d& bounds,
+                                                   ImportIDs& ids)
 {
     static constexpr char Name[] = "Default camera";
     const Subject subject(bounds);
@@ -144,8 +189,7 @@ void addDefaultCamera(SceneManager& sceneManager, Node& parent, const Eigen::Ali
 
     const auto node = addNode(parent, Name, subject.center + back * distance, -back, ids);
     node->addInstanceCamera(camera);
-    sceneManager.addCameraInstance(
-        boost::make_shared<CameraInstance>(ids.cameraInstances.make(Name, Name), node, camera));
+    return boost::make_shared<CameraInstance>(ids.cameraInstances.make(Name, Name), node, camera);
 }
 
 void addDefaultLights(Node& parent, const Eigen::AlignedBox3d& bounds, ImportIDs& ids)

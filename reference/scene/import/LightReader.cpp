@@ -4,6 +4,7 @@
 #include "engine/scene/Node.h"
 #include "reference/scene/LightSource.h"
 #include "reference/scene/import/Conversions.h"
+#include "reference/scene/import/FileFacts.h"
 
 #include <assimp/light.h>
 
@@ -28,28 +29,34 @@ LightSource::Kind kindOf(const aiLight& source)
     }
 }
 
-Eigen::Vector3f attenuationOf(const aiLight& source)
+Eigen::Vector3f attenuationOf(const aiLight& source, const FileFacts& file)
 {
     const Eigen::Vector3f none(1, 0, 0);
-    const Eigen::Vector3f stored(source.mAttenuationConstant, source.mAttenuationLinear,
-                                 source.mAttenuationQuadratic);
-    if (source.mType == aiLightSource_DIRECTIONAL || !stored.allFinite() || stored.maxCoeff() <= 0)
+    Eigen::Vector3f values(source.mAttenuationConstant, source.mAttenuationLinear,
+                           source.mAttenuationQuadratic);
+    if (source.mType == aiLightSource_DIRECTIONAL || !values.allFinite() || values.maxCoeff() <= 0)
         return none;
-    return stored.cwiseMax(0.0f);
+    values =
+        values.cwiseMax(0.0f).cwiseProduct(Eigen::Vector3f(1, 1 / file.unit, 1 / (file.unit * file.unit)));
+    if (file.isGltf() || values.x() > 0)
+        return values;
+    // A linear value of 1 alone is what Assimp's lights begin with: the importer had nothing to say.
+    if (source.mAttenuationLinear == 1)
+        return none;
+    return {1, values.y(), values.z()}; // or the light would have no bound near its lamp
 }
 
 /// Half the angle of a cone.
-float coneAngle(float stored, const std::string& format)
+float coneAngle(float stored, const FileFacts& file)
 {
     constexpr float Largest = static_cast<float>(M_PI) / 2;
-    const bool isHalf = format.rfind("glTF", 0) == 0 || format.rfind("LightWave", 0) == 0;
-    const float angle = isHalf ? stored : stored / 2;
+    const float angle = file.isGltf() || file.isLightWave() ? stored : stored / 2;
     return std::isfinite(angle) ? std::clamp(angle, 0.0f, Largest) : Largest;
 }
 
 } // namespace
 
-boost::shared_ptr<Light> readLight(const aiLight& source, const std::string& format, const Node& node,
+boost::shared_ptr<Light> readLight(const aiLight& source, const FileFacts& file, const Node& node,
                                    const std::string& id)
 {
     if (source.mType == aiLightSource_AMBIENT)
@@ -60,9 +67,9 @@ boost::shared_ptr<Light> readLight(const aiLight& source, const std::string& for
     const Eigen::Vector3f direction = toEigen(source.mDirection).stableNormalized();
     if (direction.allFinite() && !direction.isZero())
         values.direction = direction;
-    values.attenuation = attenuationOf(source);
-    values.outerCone = coneAngle(source.mAngleOuterCone, format);
-    values.innerCone = std::min(coneAngle(source.mAngleInnerCone, format), values.outerCone);
+    values.attenuation = attenuationOf(source, file);
+    values.outerCone = coneAngle(source.mAngleOuterCone, file);
+    values.innerCone = std::min(coneAngle(source.mAngleInnerCone, file), values.outerCone);
 
     Eigen::Vector3f color = toEigen(source.mColorDiffuse);
     if (!color.allFinite())

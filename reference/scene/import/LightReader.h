@@ -8,12 +8,12 @@ struct aiLight;
 
 namespace halvern::scene {
 
+struct FileFacts;
 class Light;
 class Node;
 
-/// The light as the node carries it; empty for ambient light. `format` is Assimp's name of the file
-/// format: its importers do not agree on what a cone's angle is.
-boost::shared_ptr<Light> readLight(const aiLight& source, const std::string& format, const Node& node,
+/// The light as the node carries it; empty for ambient light.
+boost::shared_ptr<Light> readLight(const aiLight& source, const FileFacts& file, const Node& node,
                                    const std::string& id);
 
 } // namespace halvern::scene

@@ -17,6 +17,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include <cmath>
 #include <filesystem>
 #include <sstream>
 
@@ -24,15 +25,31 @@ namespace halvern::scene {
 
 namespace fs = std::filesystem;
 
+static FileFacts factsOf(const aiScene& scene)
+{
+    FileFacts file;
+    aiString format;
+    if (scene.mMetaData && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format))
+        file.format = format.C_Str();
+    if (!file.isCollada() || !scene.mRootNode)
+        return file;
+    // Only this importer makes the unit a scale of the root.
+    const float unit = std::cbrt(std::abs(scene.mRootNode->mTransformation.Determinant()));
+    if (std::isfinite(unit) && unit > 0)
+        file.unit = unit;
+    return file;
+}
+
 SceneBuilder::SceneBuilder(const aiScene& newScene, const std::string& newFileName,
                            const ImportOptions& newOptions, ImportProgress& newProgress,
                            ImportedScene& newResult) :
-    scene(newScene), fileName(newFileName), options(newOptions), progress(newProgress), result(newResult)
-{
-    aiString text;
-    if (scene.mMetaData && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, text))
-        format = text.C_Str();
-}
+    scene(newScene),
+    fileName(newFileName),
+    file(factsOf(newScene)),
+    options(newOptions),
+    progress(newProgress),
+    result(newResult)
+{}
 
 void SceneBuilder::build(const std::set<std::string>& bones)
 {
@@ -45,6 +62,8 @@ void SceneBuilder::build(const std::set<std::string>& bones)
     buildLights();
     buildAnimations(bones);
     result.sceneManager->setRoot(addDefaults(root));
+    for (const auto& camera : cameras)
+        result.sceneManager->addCameraInstance(camera);
     progress.advance(1);
 }
 
@@ -157,9 +176,9 @@ void SceneBuilder::buildCameras()
         if (!node)
             continue;
         const std::string name = source.mName.C_Str();
-        const auto camera = readCamera(source, format, *node, ids.cameras.make(name, "camera"));
+        const auto camera = readCamera(source, file, *node, ids.cameras.make(name, "camera"));
         node->addInstanceCamera(camera);
-        result.sceneManager->addCameraInstance(
+        cameras.push_back(
             boost::make_shared<CameraInstance>(ids.cameraInstances.make(name, "camera"), node, camera));
     }
 }
@@ -171,7 +190,7 @@ void SceneBuilder::buildLights()
         const auto node = findNode(source.mName, "light");
         if (!node)
             continue;
-        const auto light = readLight(source, format, *node, ids.lights.make(source.mName.C_Str(), "light"));
+        const auto light = readLight(source, file, *node, ids.lights.make(source.mName.C_Str(), "light"));
         if (!light) {
             result.warnings.push_back("light " + std::string(source.mName.C_Str()) +
                                       ": ambient light is not shown");
@@ -197,15 +216,15 @@ void SceneBuilder::buildAnimations(const std::set<std::string>& bones)
 
 boost::shared_ptr<Node> SceneBuilder::addDefaults(const boost::shared_ptr<Node>& imported)
 {
-    const bool needsCamera = result.sceneManager->getCameraInstanceCount() == 0;
+    const Eigen::AlignedBox3d bounds = boundsOf(imported);
+    const bool needsCamera = !isSeen(bounds, cameras, imported);
     if (!needsCamera && hasLight)
         return imported;
     const std::string name = result.sceneManager->getSceneName();
     const auto root = boost::make_shared<Node>(ids.nodes.make(name, "scene"), name);
     root->addChildNode(imported);
-    const Eigen::AlignedBox3d bounds = boundsOf(imported);
     if (needsCamera)
-        addDefaultCamera(*result.sceneManager, *root, bounds, ids);
+        cameras.insert(cameras.begin(), addDefaultCamera(*root, bounds, ids));
     if (!hasLight)
         addDefaultLights(*root, bounds, ids);
     return root;

@@ -2,6 +2,7 @@
 
 #include "reference/scene/Importer.h"
 #include "reference/scene/Mesh.h"
+#include "reference/scene/import/FileFacts.h"
 #include "reference/scene/import/ImportProgress.h"
 #include "reference/scene/import/MaterialReader.h"
 #include "reference/scene/import/UniqueNames.h"
@@ -17,6 +18,7 @@ struct aiString;
 
 namespace halvern::scene {
 
+class CameraInstance;
 class Material;
 class Node;
 
@@ -49,16 +51,17 @@ private:
 
     const aiScene& scene;
     const std::string fileName;
+    const FileFacts file;
     const ImportOptions& options;
     ImportProgress& progress;
     ImportedScene& result;
-    std::string format; // as Assimp calls it
 
     ImportIDs ids;
     std::vector<boost::shared_ptr<Material>> materials;
     std::vector<TextureCoordinates> textureCoordinates;                   // by material
     std::vector<std::shared_ptr<const Mesh>> meshes;                      // empty where nothing can be drawn
     std::unordered_map<std::string, boost::shared_ptr<Node>> nodesByName; // the first of each name
+    std::vector<boost::shared_ptr<CameraInstance>> cameras;
     bool hasLight = false;
 };
 
