@@ -14,6 +14,7 @@ void OverlayText::setHtml(const QString& newHtml)
     if (newHtml == html)
         return;
     html = newHtml;
+    document.setTextWidth(-1); // the width of the old text would break the lines of the new one
     document.setHtml(html);
     document.setTextWidth(document.idealWidth());
 }
