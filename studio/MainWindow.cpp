@@ -9,6 +9,7 @@
 #include <QCoreApplication>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QImageReader>
 #include <QLabel>
 #include <QLocale>
 #include <QMenuBar>
@@ -72,11 +73,30 @@ void MainWindow::createMenus()
     recentFiles->menuAction()->setVisible(remembers);
     connect(recentFiles, &RecentFiles::chosen, loader, &SceneLoader::load);
     file->addMenu(recentFiles);
+    file->addAction(tr("Set &Logo..."), this, &MainWindow::chooseLogo);
     file->addSeparator();
     file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(Qt::CTRL | Qt::Key_Q));
 
+    QMenu* viewMenu = menuBar()->addMenu(tr("&View"));
+    statistics = addSwitch(*viewMenu, tr("&Statistics"), &qt::QtView::setShowStats);
+    logo = addSwitch(*viewMenu, tr("&Logo"), &qt::QtView::enableLogo);
+    logo->setEnabled(false); // until there is one
+    addSwitch(*viewMenu, tr("&Presentation Mode"), &qt::QtView::setPresentationMode);
+
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     help->addAction(tr("&About Halvern Studio"), this, &MainWindow::about);
+}
+
+/// The view asks for no repaint by itself when one of its switches is turned.
+QAction* MainWindow::addSwitch(QMenu& menu, const QString& text, void (qt::QtView::*turn)(bool))
+{
+    QAction* action = menu.addAction(text);
+    action->setCheckable(true);
+    connect(action, &QAction::toggled, this, [this, turn](bool on) {
+        (view->*turn)(on);
+        view->update();
+    });
+    return action;
 }
 
 void MainWindow::createStatusBar()
@@ -116,6 +136,32 @@ void MainWindow::chooseFile()
     dialog->setFileMode(QFileDialog::ExistingFile);
     connect(dialog, &QFileDialog::fileSelected, loader, &SceneLoader::load);
     dialog->open();
+}
+
+void MainWindow::chooseLogo()
+{
+    auto* dialog = new QFileDialog(this, tr("Set the logo"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    connect(dialog, &QFileDialog::fileSelected, this, &MainWindow::setLogo);
+    dialog->open();
+}
+
+void MainWindow::setLogo(const QString& file)
+{
+    QImageReader reader(file);
+    const QImage image = reader.read();
+    if (image.isNull())
+        return warn(tr("%1: %2").arg(file, reader.errorString()));
+    view->setLogo(image);
+    view->update();
+    logo->setEnabled(true);
+    logo->setChecked(true);
+}
+
+void MainWindow::showStatistics(bool shown)
+{
+    statistics->setChecked(shown);
 }
 
 void MainWindow::about()
@@ -172,6 +218,11 @@ void MainWindow::showFailure(const QString& message)
     endLoading({});
     if (isFirst)
         return emit nothingToShow(message);
+    warn(message);
+}
+
+void MainWindow::warn(const QString& message)
+{
     auto* box = new QMessageBox(QMessageBox::Warning, tr("Halvern Studio"), message, QMessageBox::Ok, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->setTextFormat(Qt::PlainText);

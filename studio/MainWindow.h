@@ -5,7 +5,9 @@
 #include <QMainWindow>
 #include <QTimer>
 
+class QAction;
 class QLabel;
+class QMenu;
 class QProgressBar;
 class QPushButton;
 
@@ -30,8 +32,14 @@ public:
     qt::QtView* getView() const { return view; }
     FrameDriver* getFrameDriver() const { return frameDriver; }
 
+    void showStatistics(bool shown);
+
+    /// Shows the picture in the corner of the view; a message tells why it cannot be read.
+    void setLogo(const QString& file);
+
 public slots:
     void chooseFile();
+    void chooseLogo();
     void about();
 
 signals:
@@ -53,6 +61,8 @@ private slots:
 private:
     void createView();
     void createMenus();
+    QAction* addSwitch(QMenu& menu, const QString& text, void (qt::QtView::*turn)(bool));
+    void warn(const QString& message);
     void createStatusBar();
     void connectLoader();
     void startLoading(const QString& file);
@@ -65,6 +75,8 @@ private:
     Session* session;
     FrameDriver* frameDriver;
     RecentFiles* recentFiles;
+    QAction* statistics;
+    QAction* logo;
     QLabel* counts;
     QLabel* note;
     QProgressBar* progress;

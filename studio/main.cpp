@@ -54,7 +54,7 @@ int run(const Options& options, SceneLoader& loader, std::FILE* output)
     MainWindow window(&loader, !options.isBatch());
     if (options.size.isValid())
         window.resize(options.size);
-    window.getView()->setShowStats(options.stats);
+    window.showStatistics(options.stats);
     if (options.isBatch())
         new BatchRun(options, &window, output);
     QObject::connect(&window, &MainWindow::nothingToShow,

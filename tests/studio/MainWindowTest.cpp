@@ -5,6 +5,7 @@
 #include "qt/QtView.h"
 #include "studio/MainWindow.h"
 
+#include <QAction>
 #include <QCoreApplication>
 #include <QLabel>
 #include <QMenuBar>
@@ -12,6 +13,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStatusBar>
+#include <QTemporaryDir>
 
 #include <gtest/gtest.h>
 
@@ -198,4 +200,51 @@ TEST_F(MainWindowTest, DialogsDoNotBlock)
     window.chooseFile();
     for (QDialog* dialog : window.findChildren<QDialog*>())
         dialog->reject();
+}
+
+namespace {
+
+QAction* findAction(const QWidget& window, const QString& text)
+{
+    for (QAction* action : window.findChildren<QAction*>())
+        if (action->text() == text)
+            return action;
+    return nullptr;
+}
+
+} // namespace
+
+TEST_F(MainWindowTest, TheStatisticsSwitchRepaintsTheView)
+{
+    showScene();
+    QAction* statistics = findAction(window, "&Statistics");
+    ASSERT_TRUE(statistics);
+    int frames = 0;
+    QObject::connect(window.getView(), &QOpenGLWidget::frameSwapped, [&frames] { ++frames; });
+    statistics->trigger();
+    EXPECT_TRUE(statistics->isChecked());
+    EXPECT_TRUE(waitFor([&] { return frames > 0; }));
+}
+
+TEST_F(MainWindowTest, ALogoThatCannotBeReadIsNamed)
+{
+    window.show();
+    window.setLogo("/no/such/logo.png");
+    const auto* box = window.findChild<QMessageBox*>();
+    ASSERT_TRUE(box);
+    EXPECT_TRUE(box->text().startsWith("/no/such/logo.png: "));
+    EXPECT_FALSE(findAction(window, "&Logo")->isEnabled());
+}
+
+TEST_F(MainWindowTest, ALogoTurnsItsSwitchOn)
+{
+    QTemporaryDir folder;
+    const QString file = folder.filePath("logo.png");
+    QImage image(8, 8, QImage::Format_RGB32);
+    image.fill(Qt::red);
+    ASSERT_TRUE(image.save(file));
+    window.setLogo(file);
+    QAction* logo = findAction(window, "&Logo");
+    EXPECT_TRUE(logo->isEnabled());
+    EXPECT_TRUE(logo->isChecked());
 }
