@@ -1,6 +1,7 @@
 #include "reference/scene/Importer.h"
 
 #include "engine/scene/SceneManager.h"
+#include "reference/scene/import/CreaseNormals.h"
 #include "reference/scene/import/DeepStack.h"
 #include "reference/scene/import/FileCheck.h"
 #include "reference/scene/import/ImportProgress.h"
@@ -15,9 +16,6 @@
 namespace halvern::scene {
 
 namespace {
-
-/// Edges sharper than this stay sharp where normals have to be made.
-constexpr float SmoothingAngle = 60; // degrees
 
 constexpr unsigned PostProcessing = aiProcess_Triangulate | aiProcess_SortByPType |
                                     aiProcess_GenSmoothNormals | aiProcess_RemoveRedundantMaterials;

@@ -168,13 +168,45 @@ TEST_F(ImportMaterialTest, SpecularGlossinessIsReadAsMetallicRoughness)
 
 TEST_F(ImportMaterialTest, ClassicMaterialsAreEstimated)
 {
-    const auto values = importMtl("Kd 0.25 0.5 0.75\nKe 0 0.5 0\nNs 98\nd 0.5\n");
+    const auto values = importMtl("Kd 0.25 0.5 0.75\nKs 1 1 1\nKe 0 0.5 0\nNs 98\nd 0.5\n");
     EXPECT_TRUE(values->baseColor.isApprox(Eigen::Vector4f(0.25f, 0.5f, 0.75f, 0.5f)));
     EXPECT_TRUE(values->emissive.isApprox(Eigen::Vector3f(0, 0.5f, 0)));
     EXPECT_EQ(values->metalness, 0);
     EXPECT_NEAR(values->roughness, std::sqrt(2.0 / 100), 1e-4);
     EXPECT_EQ(values->alpha, StandardMaterial::Alpha::Blend);
     EXPECT_TRUE(values->twoSided);
+}
+
+TEST_F(ImportMaterialTest, ASurfaceWithoutAHighlightIsRough)
+{
+    EXPECT_FLOAT_EQ(importMtl("Ks 0 0 0\nNs 98\n")->roughness, 0.9f);
+}
+
+TEST_F(ImportMaterialTest, APictureThatIsSeeThroughMakesTheMaterialSo)
+{
+    using Alpha = StandardMaterial::Alpha;
+    folder.write("a.png", "x");
+    const std::vector<std::pair<std::vector<uint8_t>, Alpha>> pictures = {
+        {{9, 255, 9, 250}, Alpha::Opaque}, {{9, 255, 9, 0}, Alpha::Mask}, {{9, 100, 9, 255}, Alpha::Blend}};
+    for (const auto& [pixels, alpha] : pictures) {
+        options.decodeImage = [&](auto&, auto&) { return Image{"", 2, 1, 2, pixels}; };
+        EXPECT_EQ(importMtl("map_Kd a.png\n")->alpha, alpha);
+    }
+}
+
+TEST_F(ImportMaterialTest, ABlackColorUnderAMapIsTakenForWhite)
+{
+    folder.write("a.png", "x");
+    EXPECT_TRUE(importMtl("Kd 0 0 0\nmap_Kd a.png\n")->baseColor.isApprox(Eigen::Vector4f::Ones()));
+    EXPECT_TRUE(importMtl("Kd 0 0 0\n")->baseColor.head<3>().isZero());
+}
+
+TEST_F(ImportMaterialTest, AGlowingSurfaceGlowsInTheColorsOfItsMap)
+{
+    folder.write("a.png", "x");
+    const auto values = importMtl("Ke 1 1 1\nmap_Kd a.png\n");
+    EXPECT_TRUE(values->baseColorMap);
+    EXPECT_EQ(values->emissiveMap, values->baseColorMap);
 }
 
 TEST_F(ImportMaterialTest, AnInvisibleClassicMaterialCountsAsOpaque)

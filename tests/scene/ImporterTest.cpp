@@ -282,10 +282,10 @@ TEST_F(ImporterTest, PolygonsAreTriangulatedAndMissingNormalsMade)
 
 TEST_F(ImporterTest, FacesThatShareVerticesGetMeanNormals)
 {
-    // A tent of two faces with a common ridge.
+    // A flat tent of two faces with a common ridge.
     Gltf gltf;
     const std::string positions =
-        std::to_string(gltf.floats("VEC3", {0, 1, 0, 0, 1, 1, 1, 0, 0.5f, -1, 0, 0.5f}));
+        std::to_string(gltf.floats("VEC3", {0, 0.25f, 0, 0, 0.25f, 1, 1, 0, 0.5f, -1, 0, 0.5f}));
     const std::string indices = std::to_string(gltf.indices({0, 1, 2, 1, 0, 3}));
     gltf.mesh("{\"attributes\":{\"POSITION\":" + positions + "},\"indices\":" + indices + "}");
     const auto imported = import("a.gltf", gltf.text(R"({"name":"tent","mesh":0})"));
@@ -293,7 +293,35 @@ TEST_F(ImporterTest, FacesThatShareVerticesGetMeanNormals)
     ASSERT_EQ(mesh->normals.size(), 4u);
     EXPECT_TRUE(mesh->normals[0].isApprox(Eigen::Vector3f::UnitY()));
     EXPECT_TRUE(mesh->normals[1].isApprox(Eigen::Vector3f::UnitY()));
-    EXPECT_TRUE(mesh->normals[2].isApprox(Eigen::Vector3f(1, 1, 0).normalized()));
+    EXPECT_TRUE(mesh->normals[2].isApprox(Eigen::Vector3f(0.25f, 1, 0).normalized()));
+}
+
+TEST_F(ImporterTest, VerticesAreDoubledWhereFacesThatShareThemMeetSharply)
+{
+    // The cube of eight vertices; they have colours.
+    Gltf gltf;
+    std::vector<float> positions;
+    for (int i = 0; i < 8; ++i)
+        positions.insert(positions.end(), {float(i & 1), float(i >> 1 & 1), float(i >> 2)});
+    const std::string place = std::to_string(gltf.floats("VEC3", positions));
+    const std::string indices =
+        std::to_string(gltf.indices({0, 2, 1, 1, 2, 3, 4, 5, 6, 5, 7, 6, 0, 1, 4, 1, 5, 4,
+                                     2, 6, 3, 3, 6, 7, 0, 4, 2, 2, 4, 6, 1, 3, 5, 3, 7, 5}));
+    gltf.mesh("{\"attributes\":{\"POSITION\":" + place + ",\"COLOR_0\":" + place +
+              "},\"indices\":" + indices + "}");
+    const auto imported = import("a.gltf", gltf.text(R"({"name":"cube","mesh":0})"));
+    const auto mesh = getGeometries(*findNode(imported, "cube")).at(0);
+    ASSERT_EQ(mesh->positions.size(), 24u);
+    ASSERT_EQ(mesh->colors.size(), 24u);
+    for (size_t i = 0; i < mesh->indices.size(); i += 3) {
+        const auto corner = [&](int k) { return mesh->indices[i + k]; };
+        const Eigen::Vector3f outwards = (mesh->positions[corner(1)] - mesh->positions[corner(0)])
+                                             .cross(mesh->positions[corner(2)] - mesh->positions[corner(0)]);
+        for (int k = 0; k < 3; ++k) {
+            EXPECT_TRUE(mesh->normals[corner(k)].isApprox(outwards.normalized()));
+            EXPECT_EQ(mesh->colors[corner(k)].head<3>(), mesh->positions[corner(k)]);
+        }
+    }
 }
 
 TEST_F(ImporterTest, SharpEdgesStaySharp)

@@ -68,11 +68,6 @@ aiTextureType findTexture(const aiMaterial& material, std::initializer_list<aiTe
     return aiTextureType_NONE;
 }
 
-aiTextureType baseColorTexture(const aiMaterial& material)
-{
-    return findTexture(material, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE});
-}
-
 unsigned channelOf(const aiMaterial& material, aiTextureType type)
 {
     return static_cast<unsigned>(std::max(get<int>(material, AI_MATKEY_UVWSRC(type, 0)).value_or(0), 0));
@@ -115,26 +110,55 @@ void readMetallicRoughness(StandardMaterial& values, const aiMaterial& material,
     values.occlusionMap = map(material, textures, {aiTextureType_LIGHTMAP});
 }
 
+/// From the width of the highlight; wide where the file has no highlight at all.
+float estimateRoughness(const aiMaterial& material)
+{
+    const Eigen::Vector4f specular = color(material, Eigen::Vector4f::Ones(), AI_MATKEY_COLOR_SPECULAR);
+    if (specular.head<3>().isZero())
+        return 0.9f;
+    const float shininess = number(material, 0, AI_MATKEY_SHININESS);
+    return shininess > 0 ? std::sqrt(2 / (shininess + 2)) : 0.6f;
+}
+
+/// A picture that is see-through in places: cut out where it is so wholly, blended where it is so partly.
+StandardMaterial::Alpha alphaOf(const Image& image)
+{
+    using Alpha = StandardMaterial::Alpha;
+    if (image.channels != 2 && image.channels != 4)
+        return Alpha::Opaque;
+    size_t clear = 0;
+    size_t partly = 0;
+    for (size_t i = image.channels - 1; i < image.pixels.size(); i += image.channels) {
+        clear += image.pixels[i] < 16 ? 1 : 0;
+        partly += image.pixels[i] >= 16 && image.pixels[i] < 240 ? 1 : 0;
+    }
+    if (partly > clear)
+        return Alpha::Blend;
+    return clear > 0 ? Alpha::Mask : Alpha::Opaque;
+}
+
 /// The classic models know no metalness and no sides: surfaces are dielectric and seen from both sides.
 void readClassic(StandardMaterial& values, const aiMaterial& material, TextureLoader& textures)
 {
-    const bool hasMap = baseColorTexture(material) != aiTextureType_NONE;
     const Eigen::Vector4f grey(0.8f, 0.8f, 0.8f, 1);
     values.baseColor = color(material, grey, AI_MATKEY_COLOR_DIFFUSE);
-    if (hasMap && values.baseColor.head<3>().isZero())
+    if (values.baseColorMap && values.baseColor.head<3>().isZero())
         values.baseColor.head<3>().setOnes(); // black times a picture: nobody meant that
 
     // Many files say 0 where they mean 1; a wholly invisible surface makes no sense either way.
     const float opacity = number(material, 1, AI_MATKEY_OPACITY);
     values.baseColor.w() = opacity > 0 ? std::min(opacity, 1.0f) : 1.0f;
-    values.alpha =
-        values.baseColor.w() < 1 ? StandardMaterial::Alpha::Blend : StandardMaterial::Alpha::Opaque;
+    if (values.baseColor.w() < 1)
+        values.alpha = StandardMaterial::Alpha::Blend;
+    else if (values.baseColorMap)
+        values.alpha = alphaOf(*values.baseColorMap);
 
-    const float shininess = number(material, 0, AI_MATKEY_SHININESS);
-    const float estimate = shininess > 0 ? std::sqrt(2 / (shininess + 2)) : values.roughness;
+    const float estimate = estimateRoughness(material);
     values.metalness = number(material, 0, AI_MATKEY_METALLIC_FACTOR);
     values.roughness = number(material, estimate, AI_MATKEY_ROUGHNESS_FACTOR);
     values.emissive = color(material, {0, 0, 0, 1}, AI_MATKEY_COLOR_EMISSIVE).head<3>();
+    if (!values.emissiveMap)
+        values.emissiveMap = values.baseColorMap; // these models light a surface before they colour it
     values.normalScale = number(material, 1, AI_MATKEY_BUMPSCALING);
     values.twoSided = get<bool>(material, AI_MATKEY_TWOSIDED).value_or(true);
     values.occlusionMap = map(material, textures, {aiTextureType_AMBIENT_OCCLUSION});
@@ -152,14 +176,13 @@ StandardMaterial readMaterial(const aiMaterial& material, TextureLoader& texture
     StandardMaterial values;
     if (const auto name = get<aiString>(material, AI_MATKEY_NAME))
         values.name = name->C_Str();
+    values.baseColorMap = map(material, textures, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE});
+    values.normalMap = map(material, textures, {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA});
+    values.emissiveMap = map(material, textures, {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR});
     if (isMetallicRoughness(material))
         readMetallicRoughness(values, material, textures);
     else
         readClassic(values, material, textures);
-
-    values.baseColorMap = map(material, textures, {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE});
-    values.normalMap = map(material, textures, {aiTextureType_NORMALS, aiTextureType_NORMAL_CAMERA});
-    values.emissiveMap = map(material, textures, {aiTextureType_EMISSIVE, aiTextureType_EMISSION_COLOR});
 
     values.baseColor.head<3>() = clamped(values.baseColor.head<3>());
     values.baseColor.w() = std::clamp(values.baseColor.w(), 0.0f, 1.0f);

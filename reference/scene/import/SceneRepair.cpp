@@ -1,5 +1,7 @@
 #include "reference/scene/import/SceneRepair.h"
 
+#include "reference/scene/import/CreaseNormals.h"
+
 #include <assimp/mesh.h>
 #include <assimp/scene.h>
 
@@ -90,32 +92,6 @@ void dropAll(Object**& objects, unsigned& count)
     count = 0;
 }
 
-/// Assimp's own step expects that no two faces share a vertex.
-void makeNormalsOfSharedVertices(aiMesh& mesh)
-{
-    size_t corners = 0;
-    for (unsigned i = 0; i < mesh.mNumFaces; ++i)
-        corners += mesh.mFaces[i].mNumIndices;
-    if (mesh.mNormals || corners <= mesh.mNumVertices ||
-        !(mesh.mPrimitiveTypes & (aiPrimitiveType_TRIANGLE | aiPrimitiveType_POLYGON)))
-        return;
-
-    mesh.mNormals = new aiVector3D[mesh.mNumVertices];
-    for (unsigned i = 0; i < mesh.mNumFaces; ++i) {
-        const aiFace& face = mesh.mFaces[i];
-        if (face.mNumIndices < 3)
-            continue;
-        const aiVector3D& first = mesh.mVertices[face.mIndices[0]];
-        const aiVector3D& second = mesh.mVertices[face.mIndices[1]];
-        const aiVector3D& last = mesh.mVertices[face.mIndices[face.mNumIndices - 1]];
-        const aiVector3D normal = (second - first) ^ (last - first); // as long as the face is large
-        for (unsigned k = 0; k < face.mNumIndices; ++k)
-            mesh.mNormals[face.mIndices[k]] += normal;
-    }
-    for (unsigned i = 0; i < mesh.mNumVertices; ++i)
-        mesh.mNormals[i].NormalizeSafe();
-}
-
 /// Closes the gaps in the tree and drops mesh indices out of range.
 void repairNodes(aiScene& scene)
 {
@@ -149,7 +125,7 @@ void repairScene(aiScene& scene, std::vector<std::string>& warnings)
             warnings.push_back("mesh " + std::string(mesh.mName.C_Str()) + ": " + std::to_string(dropped) +
                                " faces are invalid and left out");
         setPrimitiveTypes(mesh);
-        makeNormalsOfSharedVertices(mesh);
+        makeCreaseNormals(mesh);
     }
 }
 
