@@ -6,14 +6,18 @@
 
 namespace halvern::engine {
 
+namespace {
+
+constexpr size_t mostSortedByDepth = 3000;
+
+} // namespace
+
 DrawPass::DrawPass() :
     visitor(new osgUtil::CullVisitor),
     stateGraph(new osgUtil::StateGraph),
     renderStage(new osgUtil::RenderStage),
     viewportState(new osg::StateSet)
-{
-    renderStage->setSortMode(osgUtil::RenderBin::SORT_BY_STATE_THEN_FRONT_TO_BACK);
-}
+{}
 
 void DrawPass::begin(osg::State& osgState, Eigen::Vector2i size, const Eigen::Matrix4d& projection,
                      osg::StateSet* state, GLbitfield clearMask)
@@ -61,6 +65,10 @@ void DrawPass::draw()
     visitor->popViewport();
     visitor->popStateSet();
     visitor->popStateSet();
+    // Shading costs more than changes of state, until there are very many.
+    renderStage->setSortMode(matricesInUse > mostSortedByDepth
+                                 ? osgUtil::RenderBin::SORT_BY_STATE_THEN_FRONT_TO_BACK
+                                 : osgUtil::RenderBin::SORT_FRONT_TO_BACK);
     renderStage->sort();
     stateGraph->prune();
 

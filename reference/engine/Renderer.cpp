@@ -184,7 +184,11 @@ void Renderer::drawSurfaces(const View& view, const SceneMirror& mirror)
         if (!frustum.touches(surface.bounds))
             continue;
         const Eigen::Affine3d toEye = view.toEye * mirror.getEntries()[surface.entry].world;
-        const float depth = -(view.toEye * surface.bounds.center()).z();
+        // The opaque from front to back by where they end, so that a floor comes after what stands on it.
+        const Eigen::RowVector3d axis = -view.toEye.linear().row(2);
+        double depth = -(view.toEye * surface.bounds.center()).z();
+        if (!surface.blended)
+            depth += axis.cwiseAbs().dot(surface.bounds.sizes() / 2);
         DrawPass& pass = surface.postRender ? postPass : mainPass;
         pass.add(surface.geometry, toOsgMatrix(toEye.matrix()), depth, programs.get(surface.features),
                  surface.material);

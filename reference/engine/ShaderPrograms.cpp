@@ -150,7 +150,7 @@ void shine(vec3 l, vec3 color, float lit, float distanceLoss)
     float q = nh * nh * (alpha2 - 1.0) + hh * 1.00001;
     float fall = q * q * max(0.1, 0.25 * hh) * widening;
     float inverse = max(nl, 0.0) * lit / (fall * distanceLoss + 1e-20);
-    float lobe = min(alpha2 * hh * hh, 60.0 * fall);
+    float lobe = alpha2 * hh * hh;
     radiance += (diffuse * fall + specular * lobe) * color * inverse;
 }
 
@@ -192,14 +192,15 @@ vec3 surroundings(float roughness, float occlusion)
 )";
 
 const char* const shadowSource = R"(
+// The lookup takes what lies behind the far plane to be on it. What lies behind the light is far outside of
+// the map, where there is light.
 float texel(sampler2DShadow map, vec3 s)
 {
-    // What lies behind the last caster is shadowed by what is before it.
-    return texture(map, vec3(s.xy, min(s.z, 1.0)));
+    return texture(map, s);
 }
 float texel(sampler2DShadow map, vec4 c)
 {
-    return c.w > 0.0 ? texel(map, c.xyz / c.w) : 1.0;
+    return texture(map, c.xyz / max(c.w, 1e-6));
 }
 )";
 
