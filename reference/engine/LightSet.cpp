@@ -65,7 +65,16 @@ void LightSet::update(const SceneMirror& mirror)
         current.push_back(take(places[i].light, entry.node));
         current.back()->read(entry.world);
     }
+    clear(); // what is left has gone from the scene
     lights.swap(current);
+}
+
+void LightSet::clear()
+{
+    for (const boost::shared_ptr<SceneLight>& light : lights)
+        if (light)
+            light->shadow.release();
+    lights.clear();
 }
 
 boost::shared_ptr<SceneLight> LightSet::take(boost::shared_ptr<scene::Light> light, const scene::Node* node)

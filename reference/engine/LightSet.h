@@ -53,7 +53,8 @@ public:
     /// Follows the scene; a light that stays keeps its object.
     void update(const SceneMirror& mirror);
 
-    void clear() { lights.clear(); }
+    /// Forgets all lights and gives their OpenGL objects back.
+    void clear();
 
     const std::vector<boost::shared_ptr<SceneLight>>& all() const { return lights; }
 

@@ -1,14 +1,11 @@
 #pragma once
 
-#include "engine/renderer/IRenderer.h"
 #include "reference/engine/DrawPass.h"
 #include "reference/engine/EmbeddedContext.h"
 #include "reference/engine/Outline.h"
 #include "reference/engine/RenderTarget.h"
 #include "reference/engine/ShaderPrograms.h"
 #include "reference/engine/View.h"
-
-#include <array>
 
 namespace halvern::engine {
 

@@ -44,9 +44,11 @@ Eigen::AlignedBox3d boundsIn(const Eigen::Affine3d& toEye, const Eigen::AlignedB
 
 ShadowMap::ShadowMap() : target(boost::make_shared<LiveRenderTarget>()) {}
 
-ShadowMap::~ShadowMap()
+void ShadowMap::release()
 {
+    depth.reset();
     target->setTextureID(0);
+    rendered = false;
 }
 
 void ShadowMap::update(const SceneLight& light, const SceneMirror& mirror, DrawPass& pass, osg::State& state,
@@ -55,15 +57,17 @@ void ShadowMap::update(const SceneLight& light, const SceneMirror& mirror, DrawP
     const Projection projection = project(light, mirror.getCasterBounds());
     if (rendered && casterVersion == mirror.getCasterVersion() && projection == drawn)
         return;
-    depth.resize({shadowMapSize, shadowMapSize});
-    depth.bind(state);
+    if (!depth)
+        depth = std::make_unique<RenderTarget>(RenderTarget::Kind::ShadowDepth);
+    depth->resize({shadowMapSize, shadowMapSize});
+    depth->bind(state);
     draw(projection, mirror, pass, state, depthState);
     const Eigen::Matrix4d toUnit = (Eigen::Translation3d(0.5, 0.5, 0.5) * Eigen::Scaling(0.5)).matrix();
     worldToMap = toUnit * projection.toClip * projection.toEye.matrix();
     texel = projection.texel;
     drawn = projection;
     casterVersion = mirror.getCasterVersion();
-    target->setTextureID(depth.textureID(state));
+    target->setTextureID(depth->textureID(state));
     rendered = true;
 }
 
@@ -98,7 +102,7 @@ void ShadowMap::draw(const Projection& projection, const SceneMirror& mirror, Dr
                      osg::State& state, osg::StateSet* depthState)
 {
     const Frustum frustum(projection.toClip * projection.toEye.matrix());
-    pass.begin(state, depth.size(), projection.toClip, depthState, GL_DEPTH_BUFFER_BIT);
+    pass.begin(state, depth->size(), projection.toClip, depthState, GL_DEPTH_BUFFER_BIT);
     for (const SceneMirror::Surface& surface : mirror.getSurfaces()) {
         if (!surface.castsShadow || !frustum.touches(surface.bounds))
             continue;

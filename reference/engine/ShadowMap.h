@@ -6,6 +6,8 @@
 
 #include <Eigen/Geometry>
 
+#include <memory>
+
 namespace halvern::engine {
 
 class DrawPass;
@@ -22,7 +24,6 @@ class ShadowMap
 {
 public:
     ShadowMap();
-    ~ShadowMap();
 
     bool isRendered() const { return rendered; }
 
@@ -34,13 +35,16 @@ public:
     void update(const SceneLight& light, const SceneMirror& mirror, DrawPass& pass, osg::State& state,
                 osg::StateSet* depthState);
 
+    /// Gives the OpenGL objects back; a host may hold the light for longer than there is a context for it.
+    void release();
+
     /// World to map coordinates, 0 to 1.
     const Eigen::Matrix4d& toMap() const { return worldToMap; }
 
     /// About how much of the world a texel covers where the casters are.
     double texelSize() const { return texel; }
 
-    osg::Texture2D* texture() const { return depth.texture(); }
+    osg::Texture2D* texture() const { return depth->texture(); }
 
 private:
     struct Projection
@@ -58,7 +62,7 @@ private:
     void draw(const Projection& projection, const SceneMirror& mirror, DrawPass& pass, osg::State& state,
               osg::StateSet* depthState);
 
-    RenderTarget depth{RenderTarget::Kind::ShadowDepth};
+    std::unique_ptr<RenderTarget> depth; // from the first update
     const boost::shared_ptr<LiveRenderTarget> target;
     bool rendered = false;
     unsigned int casterVersion = 0;

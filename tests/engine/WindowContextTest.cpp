@@ -1,4 +1,7 @@
 #include "engine/fx/FXRenderTarget.h"
+#include "engine/light/LightManager.h"
+#include "engine/light/RenderLight.h"
+#include "engine/scenegraph/RenderSceneGraph.h"
 #include "tests/engine/Stage.h"
 
 #include <gtest/gtest.h>
@@ -138,6 +141,28 @@ TEST(WindowContextTest, FreesItsNamesInAContextThatLivesOn)
     window.reset();
     EXPECT_FALSE(glIsTexture(texture));
     EXPECT_EQ(target->getTextureID(), 0u);
+}
+
+TEST(WindowContextTest, ALightThatOutlivesItsWindowTouchesNothing)
+{
+    Scene scene;
+    addThings(scene);
+    OffscreenContext context;
+    auto first = makeWindow(scene);
+    const QImage picture = frameOf(*first);
+    auto light = boost::dynamic_pointer_cast<engine::scenegraph::RenderSceneGraph>(first->getRenderScene())
+                     ->getLightManager()
+                     ->getLightAt(0);
+    ASSERT_TRUE(light->isInited());
+    context.doneCurrent();
+    first.reset();
+    EXPECT_FALSE(light->isInited());
+    context.makeCurrent();
+    const auto second = makeWindow(scene);
+    EXPECT_EQ(frameOf(*second), picture);
+    light.reset();
+    EXPECT_EQ(frameOf(*second), picture);
+    EXPECT_EQ(frameOf(*second), picture);
 }
 
 TEST(WindowContextTest, TwoWindowsInTwoContextsKeepTheirPictures)
