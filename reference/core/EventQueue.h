@@ -49,7 +49,8 @@ private:
     std::deque<QueuedEvent> events;
     std::thread::id taker;
     bool busy = false;
-    std::atomic<bool> stopped{false};
+    /// The taker asks for every event; on a cache line of its own, so that no sender takes it away.
+    alignas(64) std::atomic<bool> stopped{false};
 };
 
 } // namespace halvern::core::event

@@ -17,7 +17,7 @@ std::size_t ListenerRegistry::getBucket(const EventType& type)
 Channel* ListenerRegistry::find(const EventType& type) const
 {
     Channel* found = buckets[getBucket(type)].load(std::memory_order_acquire);
-    while (found && found->type != type)
+    while (found && found->name != type.getName())
         found = found->nextInBucket;
     return found;
 }
@@ -41,7 +41,7 @@ void ListenerRegistry::print(std::ostream& out) const
     const std::lock_guard<std::mutex> lock(mutex);
     for (const Channel& entry : channels)
         for (const EventListener* listener : entry.listeners)
-            out << entry.type.getName() << ": " << listener << '\n';
+            out << entry.name << ": " << listener << '\n';
 }
 
 void ListenerRegistry::add(EventListener* listener, const EventType& type)
@@ -50,7 +50,7 @@ void ListenerRegistry::add(EventListener* listener, const EventType& type)
     Channel* to = find(type);
     if (!to) {
         auto& bucket = buckets[getBucket(type)];
-        to = &channels.emplace_back(type, bucket.load(std::memory_order_relaxed));
+        to = &channels.emplace_back(type.getName(), bucket.load(std::memory_order_relaxed));
         bucket.store(to, std::memory_order_release);
     }
     if (std::find(to->listeners.begin(), to->listeners.end(), listener) == to->listeners.end())

@@ -9,6 +9,7 @@
 #include <deque>
 #include <iosfwd>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -19,9 +20,12 @@ namespace halvern::core::event {
 /// queued events can point to it: there are never more channels than names of types.
 struct Channel
 {
-    Channel(EventType type, Channel* nextInBucket) : type(std::move(type)), nextInBucket(nextInBucket) {}
+    Channel(const std::string& name, Channel* nextInBucket) :
+        name(name), type(name), nextInBucket(nextInBucket)
+    {}
 
-    const EventType type;
+    const std::string name; ///< What senders read: no counter of the dispatch thread lies beside it.
+    const EventType type;   ///< What events are made of on the dispatch thread.
     Channel* const nextInBucket;
     std::atomic<bool> listenedTo{false};
     std::vector<EventListener*> listeners;
