@@ -32,6 +32,7 @@ struct SceneMirror::Record
     std::vector<boost::shared_ptr<scene::Light>> lights;
     int entry = -1;           // a place; the others follow by Entry::nextOfNode
     unsigned int reached = 0; // the last generation in which the node was in the graph
+    unsigned int read = 0;    // the generation that all of it was last read for
 };
 
 namespace {
@@ -75,6 +76,7 @@ SceneMirror::SceneMirror(boost::shared_ptr<scene::SceneManager> newSceneManager)
     sceneManager(newSceneManager), changes(readChanges(*newSceneManager))
 {
     readRoot();
+    readUnread();
     flatten();
 }
 
@@ -99,6 +101,8 @@ void SceneMirror::update()
             continue;
         Record& record = *it->second;
         read(record, change.changes);
+        if (change.changes & SceneChanges::Entered)
+            unread.push_back(&record);
         if (change.changes & ~SceneChanges::Transform)
             flat = false;
         for (int i = record.entry; i >= 0; i = entries[i].nextOfNode)
@@ -213,7 +217,12 @@ void SceneMirror::readUnread()
     while (!unread.empty()) {
         Record* record = unread.back();
         unread.pop_back();
+        if (record->read > generation)
+            continue;
+        record->read = generation + 1;
         read(*record, everything);
+        // What is known of those below may be old: outside of a scene no change is noted.
+        unread.insert(unread.end(), record->children.begin(), record->children.end());
     }
 }
 
@@ -221,7 +230,8 @@ void SceneMirror::readRoot()
 {
     const auto node = sceneManager->getRoot();
     root = node ? adopt(node) : nullptr;
-    readUnread();
+    if (root)
+        unread.push_back(root);
 }
 
 void SceneMirror::flatten()

@@ -118,7 +118,7 @@ private:
     MaterialStates materials;
 
     std::unordered_map<const scene::Node*, std::unique_ptr<Record>> records;
-    std::vector<Record*> unread;
+    std::vector<Record*> unread; // to be read wholly, with all that is below them
     Record* root = nullptr;
 
     std::vector<Entry> entries;

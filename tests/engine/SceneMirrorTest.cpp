@@ -87,6 +87,40 @@ TEST(SceneMirrorTest, FollowsTheRoot)
     EXPECT_TRUE(isBackground(stage.draw(0, 0)));
 }
 
+TEST(SceneMirrorTest, WhatChangedOutsideOfTheSceneIsSeenWhenItIsBack)
+{
+    Stage stage;
+    const NodePtr top = stage.scene.add("top");
+    const NodePtr cube = makeNode("cube", boxMesh(0.4f), unlitMaterial(Qt::red));
+    top->addChildNode(cube);
+    EXPECT_EQ(stage.draw(0, 0), QColor(Qt::red));
+    // Away, changed and back between two frames.
+    stage.scene.root->removeChildNode(top);
+    moveTo(*top, 1, 0, 0);
+    moveTo(*cube, 0, 1, 0);
+    cube->setMaterial(unlitMaterial(Qt::blue), 0, 0);
+    stage.scene.root->addChildNode(top);
+    EXPECT_EQ(stage.draw(24, 24), QColor(Qt::blue));
+    // Back below a new parent.
+    stage.scene.root->removeChildNode(top);
+    moveTo(*cube, 0, -1, 0);
+    const NodePtr parent = makeNode("parent");
+    parent->addChildNode(top);
+    stage.scene.root->addChildNode(parent);
+    EXPECT_EQ(stage.draw(24, -24), QColor(Qt::blue));
+}
+
+TEST(SceneMirrorTest, ARootThatIsSetAgainIsReadAgain)
+{
+    Stage stage;
+    const NodePtr cube = stage.scene.add("cube", boxMesh(0.4f), unlitMaterial(Qt::red));
+    EXPECT_EQ(stage.draw(0, 0), QColor(Qt::red));
+    stage.scene.manager->setRoot({});
+    moveTo(*cube, 1, 0, 0);
+    stage.scene.manager->setRoot(stage.scene.root);
+    EXPECT_EQ(stage.draw(24, 0), QColor(Qt::red));
+}
+
 TEST(SceneMirrorTest, FollowsMaterialsAndTheirValues)
 {
     Stage stage;
