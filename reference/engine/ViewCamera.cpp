@@ -112,19 +112,26 @@ double ViewCamera::fieldOfView() const
 
 void ViewCamera::clipRange(const Eigen::AlignedBox3d& bounds, double& zNear, double& zFar) const
 {
+    const double center = (bounds.center() - eye).dot(getForward());
+    const double reach = getForward().cwiseAbs().dot(bounds.sizes() / 2);
+    const double first = center - reach;
+    const double last = center + reach;
     // The planes hold as they are set, until the user moves the view away from where they were meant for,
     // and again when they are set anew.
-    const bool asSet = following || !(lens == lensAtMove) || bounds.isEmpty();
-    if (asSet) {
+    if (following || !(lens == lensAtMove) || bounds.isEmpty()) {
         zFar = lens.zFar > 0 && std::isfinite(lens.zFar) ? lens.zFar : Lens().zFar;
         zNear = lens.zNear > 0 && std::isfinite(lens.zNear) ? lens.zNear : zFar * leastNearRatio;
+        // Empty room before and behind the scene costs resolution of the depth. Some is left for what an
+        // effect moves out of the bounds.
+        if (!bounds.isEmpty() && last > zNear && first < zFar) {
+            zNear = std::max(zNear, first / 2);
+            zFar = std::min(zFar, last * 2);
+        }
         zFar = std::max(zFar, zNear * 1.001);
         return;
     }
-    const double center = (bounds.center() - eye).dot(getForward());
-    const double radius = std::max(bounds.diagonal().norm() / 2, 1e-6);
-    zFar = std::max(center + radius, radius * 1e-3) * 1.01;
-    zNear = std::max((center - radius) * 0.99, zFar * leastNearRatio);
+    zFar = std::max(last, bounds.diagonal().norm() * 1e-3 + 1e-6) * 1.01;
+    zNear = std::max(first * 0.99, zFar * leastNearRatio);
 }
 
 } // namespace halvern::engine

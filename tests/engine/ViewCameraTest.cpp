@@ -117,6 +117,25 @@ TEST(ViewCameraTest, AFarPlaneCutsThePictureWhereItIsSet)
     EXPECT_TRUE(isBackground(places.draw(0, 0)));
 }
 
+TEST(ViewCameraTest, PlanesFarFromTheSceneDoNotBlurTheDepth)
+{
+    Places places;
+    // Two faces a hundredth apart, a thousand away; the nearer one is drawn last, its box being longer.
+    lookFrom(places.cameraNode(), {0, 0, 1000}, {0, 0, 0});
+    const NodePtr front = places.scene.add("front", boxMesh(), unlitMaterial(Qt::green));
+    front->setScale({1, 1, 10});
+    moveTo(*front, 0, 0, 1.01f - 10);
+    places.lens().setYFov(0.3f);
+    places.lens().setZNear(0.01f);
+    places.lens().setZFar(1e7f);
+    const QImage image = places.draw();
+    for (int x = -15; x <= 15; ++x)
+        EXPECT_EQ(pixel(image, x, x), QColor(Qt::green));
+    // What comes closer than anything was before is not cut.
+    moveTo(*front, 0, 0, 980);
+    EXPECT_EQ(places.draw(0, 0), QColor(Qt::green));
+}
+
 TEST(ViewCameraTest, NonsenseInALensDoesNotBreakThePicture)
 {
     Places places;
