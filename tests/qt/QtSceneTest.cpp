@@ -1,6 +1,7 @@
 #include "engine/scene/Camera.h"
 #include "engine/scene/Light.h"
 #include "tests/qt/ScenePanel.h"
+#include "tests/support/MetaObjects.h"
 #include "tests/support/RecordingEventManager.h"
 
 #include <QHeaderView>
@@ -20,21 +21,6 @@ using namespace halvern::test;
 using testing::ElementsAre;
 
 namespace {
-
-std::vector<std::string> ownMethods(const QMetaObject& meta)
-{
-    std::vector<std::string> signatures;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-        signatures.push_back(meta.method(i).methodSignature().toStdString());
-    return signatures;
-}
-
-/// Connected once: the first disconnect finds it, the second does not.
-bool isConnectedOnce(QObject* sender, const char* signal, QObject* receiver, const char* slot)
-{
-    return QObject::disconnect(sender, signal, receiver, slot) &&
-           !QObject::disconnect(sender, signal, receiver, slot);
-}
 
 QStringList actionTexts(ScenePanel& panel)
 {

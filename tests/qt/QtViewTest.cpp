@@ -1,5 +1,6 @@
 #include "qt/QtView" // the name that forms include
 #include "tests/qt/ViewProbe.h"
+#include "tests/support/MetaObjects.h"
 #include "tests/support/RecordingEventManager.h"
 
 #include <QApplication>
@@ -36,21 +37,6 @@ public:
 
     std::vector<std::string> types;
 };
-
-std::vector<std::string> ownMethods(const QMetaObject& meta)
-{
-    std::vector<std::string> signatures;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
-        signatures.push_back(meta.method(i).methodSignature().toStdString());
-    return signatures;
-}
-
-/// Connected once: the first disconnect finds it, the second does not.
-bool isConnectedOnce(QObject* sender, const char* signal, QObject* receiver, const char* slot)
-{
-    return QObject::disconnect(sender, signal, receiver, slot) &&
-           !QObject::disconnect(sender, signal, receiver, slot);
-}
 
 } // namespace
 
