@@ -18,6 +18,7 @@ target_include_directories(halvern_options INTERFACE ${PROJECT_SOURCE_DIR})
 
 if(HALVERN_SANITIZE STREQUAL "address")
     set(sanitize -fsanitize=address,undefined -fno-sanitize=vptr -fno-omit-frame-pointer -g1)
+    set(sanitized_programs ${CMAKE_CURRENT_LIST_DIR}/KeepModules.cpp)
 elseif(HALVERN_SANITIZE STREQUAL "thread")
     set(sanitize -fsanitize=thread -fno-omit-frame-pointer -g1)
 endif()
@@ -25,6 +26,15 @@ if(sanitize)
     target_compile_options(halvern_options INTERFACE ${sanitize})
     target_link_options(halvern_options INTERFACE ${sanitize})
 endif()
+
+# halvern_program(<name> <sources...>)
+function(halvern_program name)
+    add_executable(${name} ${ARGN} ${sanitized_programs})
+    target_link_libraries(${name} PRIVATE halvern_options)
+    if(sanitized_programs)
+        target_link_options(${name} PRIVATE -Wl,--export-dynamic-symbol=dlclose)
+    endif()
+endfunction()
 
 # halvern_library(<name> <EXPORT_PREFIX> <sources...>)
 # A shared library with hidden visibility; <EXPORT_PREFIX>_BUILD is defined while it is compiled.
