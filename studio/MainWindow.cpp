@@ -4,6 +4,7 @@
 #include "studio/FrameDriver.h"
 #include "studio/Log.h"
 #include "studio/RecentFiles.h"
+#include "studio/SceneDock.h"
 #include "studio/Session.h"
 
 #include <QCoreApplication>
@@ -25,6 +26,7 @@ namespace halvern::studio {
 namespace {
 
 const char GeometryKey[] = "geometry";
+const char StateKey[] = "state";
 const int ProgressDelay = 250; // milliseconds
 
 QString describe(const scene::ImportCounts& counts)
@@ -39,14 +41,18 @@ QString describe(const scene::ImportCounts& counts)
 MainWindow::MainWindow(SceneLoader* newLoader, bool newRemembers) : loader(newLoader), remembers(newRemembers)
 {
     createView();
+    createDocks();
     createMenus();
     createStatusBar();
     connectLoader();
 
     setWindowTitle(tr("Halvern Studio"));
     resize(1280, 800);
-    if (remembers)
+    resizeDocks({sceneDock}, {260}, Qt::Horizontal);
+    if (remembers) {
         restoreGeometry(QSettings().value(GeometryKey).toByteArray());
+        restoreState(QSettings().value(StateKey).toByteArray());
+    }
 }
 
 void MainWindow::createView()
@@ -63,6 +69,14 @@ void MainWindow::createView()
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(view);
     setCentralWidget(central);
+}
+
+void MainWindow::createDocks()
+{
+    sceneDock = new SceneDock(session->getEventManager());
+    addDockWidget(Qt::LeftDockWidgetArea, sceneDock);
+    // Queued, so that the frame is on screen before the tree is filled.
+    connect(frameDriver, &FrameDriver::frameShown, sceneDock, &SceneDock::fill, Qt::QueuedConnection);
 }
 
 void MainWindow::createMenus()
@@ -82,6 +96,9 @@ void MainWindow::createMenus()
     logo = addSwitch(*viewMenu, tr("&Logo"), &qt::QtView::enableLogo);
     logo->setEnabled(false); // until there is one
     addSwitch(*viewMenu, tr("&Presentation Mode"), &qt::QtView::setPresentationMode);
+    viewMenu->addSeparator();
+    viewMenu->addAction(sceneDock->toggleViewAction());
+    viewMenu->addAction(tr("&Find Node"), sceneDock, &SceneDock::find, QKeySequence::Find);
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     help->addAction(tr("&About Halvern Studio"), this, &MainWindow::about);
@@ -177,8 +194,10 @@ void MainWindow::about()
 
 void MainWindow::closeEvent(QCloseEvent* event)
 {
-    if (remembers)
+    if (remembers) {
         QSettings().setValue(GeometryKey, saveGeometry());
+        QSettings().setValue(StateKey, saveState());
+    }
     QMainWindow::closeEvent(event);
 }
 
@@ -191,6 +210,7 @@ void MainWindow::showStart(const QString& file)
 void MainWindow::showLoaded(const LoadedScene& loaded)
 {
     endLoading({});
+    sceneDock->open(loaded.scene.sceneManager);
     session->open(loaded.scene.sceneManager);
     setWindowTitle(tr("%1 - Halvern Studio").arg(QFileInfo(loaded.file).fileName()));
     counts->setText(describe(loaded.scene.counts));

@@ -19,9 +19,10 @@ namespace halvern::studio {
 
 class FrameDriver;
 class RecentFiles;
+class SceneDock;
 class Session;
 
-/// The window of the studio: the view, the menus and the status bar.
+/// The window of the studio: the view, the docks, the menus and the status bar.
 class MainWindow : public QMainWindow
 {
     Q_OBJECT
@@ -60,6 +61,7 @@ private slots:
 
 private:
     void createView();
+    void createDocks();
     void createMenus();
     QAction* addSwitch(QMenu& menu, const QString& text, void (qt::QtView::*turn)(bool));
     void warn(const QString& message);
@@ -74,6 +76,7 @@ private:
     qt::QtView* view;
     Session* session;
     FrameDriver* frameDriver;
+    SceneDock* sceneDock;
     RecentFiles* recentFiles;
     QAction* statistics;
     QAction* logo;
