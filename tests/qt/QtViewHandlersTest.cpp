@@ -144,7 +144,10 @@ TEST(QtViewHandlersTest, HandlersAddedBeforeTheFirstShowAreInitialisedThere)
     CallLog log;
     ViewProbe view;
     std::vector<const QOpenGLContext*> contexts;
-    log.onCall = [&](const std::string&) { contexts.push_back(QOpenGLContext::currentContext()); };
+    log.onCall = [&](const std::string&) {
+        contexts.push_back(QOpenGLContext::currentContext());
+        EXPECT_TRUE(view.getWindow()->getFXManager()); // which init makes
+    };
     view.addOpenGLHandler(boost::make_shared<FakeHandler>(log, "a", false));
     view.addOpenGLHandler(boost::make_shared<FakeHandler>(log, "b", true));
     view.addOpenGLHandler(boost::make_shared<FakeHandler>(log, "c", false));

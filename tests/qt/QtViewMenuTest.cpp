@@ -22,6 +22,7 @@
 
 #include <cstring>
 #include <memory>
+#include <stdexcept>
 
 using namespace halvern::test;
 using halvern::scene::AnimationManager;
@@ -302,6 +303,47 @@ TEST_F(QtViewMenuTest, EveryKindOfInputStoresItsModifiers)
     }
 }
 
+TEST_F(QtViewMenuTest, ADoubleClickStoresNoModifiers)
+{
+    send(QMouseEvent(QEvent::MouseButtonDblClick, QPointF(5, 5), Qt::LeftButton, Qt::LeftButton,
+                     Qt::ControlModifier));
+    EXPECT_TRUE(rightClick());
+}
+
+TEST_F(QtViewMenuTest, ModifiersAreStoredWithoutALogicManagerToo)
+{
+    window->logicManager = nullptr;
+    send(QKeyEvent(QEvent::KeyPress, Qt::Key_A, Qt::ShiftModifier));
+    EXPECT_FALSE(rightClick());
+    send(QMouseEvent(QEvent::MouseMove, QPointF(5, 5), Qt::NoButton, {}, Qt::NoModifier));
+    EXPECT_TRUE(rightClick());
+}
+
+TEST_F(QtViewMenuTest, ModifiersAreStoredBeforeTheMouseIsForwardedAndAfterAKeyIs)
+{
+    bool opens = false;
+    log.onCall = [&](const std::string& name) {
+        if (name == "resetInputState")
+            return;
+        opens = rightClick();
+        closePopups();
+    };
+    const QPointF at(5, 5);
+    send(QMouseEvent(QEvent::MouseButtonPress, at, Qt::LeftButton, Qt::LeftButton, Qt::ControlModifier));
+    EXPECT_FALSE(opens);
+    send(QMouseEvent(QEvent::MouseButtonRelease, at, Qt::LeftButton, {}, Qt::NoModifier));
+    EXPECT_TRUE(opens);
+    send(QMouseEvent(QEvent::MouseMove, at, Qt::NoButton, {}, Qt::ControlModifier));
+    EXPECT_FALSE(opens);
+    send(QWheelEvent(at, at, QPoint(), QPoint(0, 120), Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase,
+                     false));
+    EXPECT_TRUE(opens);
+    send(QKeyEvent(QEvent::KeyPress, Qt::Key_A, Qt::ControlModifier));
+    EXPECT_TRUE(opens);
+    send(QKeyEvent(QEvent::KeyRelease, Qt::Key_A, Qt::NoModifier));
+    EXPECT_FALSE(opens);
+}
+
 TEST_F(QtViewMenuTest, TheModifiersOfTheContextMenuEventDoNotCount)
 {
     EXPECT_TRUE(rightClick(QPoint(150, 150), Qt::ControlModifier));
@@ -397,6 +439,28 @@ TEST_F(QtViewMenuTest, PauseAndResumeNeedNeitherSceneNorWindow)
     windowless.pauseAnimations();
     windowless.resumeAnimations();
     EXPECT_THAT(log.calls, Not(Contains("pause")));
+}
+
+// The boundary towards Qt
+
+TEST_F(QtViewMenuTest, AnExceptionOfTheEngineStaysInside)
+{
+    log.onCall = [](const std::string& name) { throw std::runtime_error(name); };
+    EXPECT_NO_THROW(rightClick());
+    EXPECT_NO_THROW(view->pauseAnimations());
+    EXPECT_NO_THROW(view->resumeAnimations());
+    EXPECT_THAT(log.take(), ElementsAre("resetInputState", "pause", "resume"));
+}
+
+TEST_F(QtViewMenuTest, AnExceptionOfTheEventManagerStaysInside)
+{
+    struct Throwing : RecordingEventManager
+    {
+        void triggerEvent(const HCE::Event& /*event*/) override { throw std::runtime_error("manager"); }
+    };
+    view->setEventManager(boost::make_shared<Throwing>());
+    EXPECT_NO_THROW(view->activateCamera("left"));
+    view->setEventManager(manager);
 }
 
 // Life

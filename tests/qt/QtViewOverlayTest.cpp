@@ -69,14 +69,13 @@ public:
         layout = fixedLayout;
     }
 
-    void update() override { begin = steady_clock::now(); }
-
-    void render() override
+    void update() override
     {
-        const auto rendered = steady_clock::now() + renderTime;
-        while (steady_clock::now() < rendered)
-            ;
+        waste(updateTime);
+        begin = steady_clock::now();
     }
+
+    void render() override { waste(renderTime); }
 
     /// The first call after render.
     boost::shared_ptr<halvern::engine::fx::FXRenderTarget> getColorRenderTarget() override
@@ -85,6 +84,7 @@ public:
         return nullptr;
     }
 
+    milliseconds updateTime{0};
     milliseconds renderTime{0};
     bool wasExact = false; // nothing held the last rendering up for a millisecond
 
@@ -94,6 +94,13 @@ public:
     const boost::shared_ptr<FixedRenderer> renderer = boost::make_shared<FixedRenderer>();
 
 private:
+    static void waste(milliseconds time)
+    {
+        const auto end = steady_clock::now() + time;
+        while (steady_clock::now() < end)
+            ;
+    }
+
     steady_clock::time_point begin;
 };
 
@@ -244,6 +251,13 @@ TEST_F(QtViewOverlayTest, StatsShowTheRenderersCountsAndTheRenderTime)
     window->count(4294967295u, 1234567);
     render(7);
     EXPECT_EQ(words(view.recordStats()), "Studio StatsTriangles:4294967295Vertices:1234567Timing:7");
+}
+
+TEST_F(QtViewOverlayTest, TheUpdateOfTheWindowIsNotInTheRenderTime)
+{
+    window->updateTime = milliseconds(20);
+    render(3);
+    EXPECT_EQ(words(view.recordStats()), "Studio StatsTriangles:0Vertices:0Timing:3");
 }
 
 TEST_F(QtViewOverlayTest, StatsTextStartsAtSixteenInWhite)

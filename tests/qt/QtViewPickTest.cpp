@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+
 using namespace halvern::test;
 using halvern::scene::Material;
 using halvern::scene::Node;
@@ -26,15 +28,22 @@ public:
     boost::shared_ptr<Material> getMaterialWithID(std::string id) override
     {
         lookups.push_back("material " + id);
+        if (onLookup)
+            onLookup();
         return SceneManager::getMaterialWithID(id);
     }
     boost::shared_ptr<Node> getNodeByID(std::string id) override
     {
         lookups.push_back("node " + id);
+        if (onLookup)
+            onLookup();
         return SceneManager::getNodeByID(id);
     }
 
     std::vector<std::string> lookups;
+
+    /// Runs inside each look-up.
+    std::function<void()> onLookup;
 };
 
 /// What the handler does when it is called directly. Nothing was dropped: the material is the one
@@ -113,4 +122,13 @@ TEST_F(QtViewPickTest, AnUnknownNodeIsIgnored)
 {
     pick("nobody, 1, 2, 5, 6, DropMaterial");
     EXPECT_THAT(scene->lookups, ElementsAre("material ", "node nobody"));
+}
+
+/// The thread that loads must not become the last owner of the window, nor keep others waiting.
+TEST_F(QtViewPickTest, NeitherTheWindowNorALockIsHeldWhileTheSceneIsAsked)
+{
+    std::vector<long> owners;
+    scene->onLookup = [&] { owners.push_back(view.getWindow().use_count()); };
+    pick("node, 2, 3, 5, 6, DropMaterial");
+    EXPECT_THAT(owners, ElementsAre(3, 3)); // the test, the view and the one that counts
 }
