@@ -185,6 +185,25 @@ TEST_F(SceneControllerTest, AControllerMayUseTheWholeManager)
     EXPECT_EQ(manager->getRoot()->getChildCount(), 1u);
 }
 
+TEST_F(SceneControllerTest, AControllerMayUseTheManagerWhenItIsHandedOver)
+{
+    struct Eager : ISceneController
+    {
+        void setSceneManager(boost::shared_ptr<SceneManager> newManager) override
+        {
+            newManager->addSceneController(makeController([this] { return (found = true); }));
+            newManager->update();
+            newManager->getRoot()->addChildNode(makeNode(newManager->generateID()));
+        }
+        bool update() override { return false; }
+        bool found = false;
+    };
+    const auto eager = boost::make_shared<Eager>();
+    manager->addSceneController(eager);
+    EXPECT_TRUE(eager->found);
+    EXPECT_EQ(manager->getRoot()->getChildCount(), 1u);
+}
+
 TEST_F(SceneControllerTest, TwoCyclesAtOnceNeverRunAControllerTwiceAtOnce)
 {
     std::atomic<int> inside{0};

@@ -102,6 +102,16 @@ TEST_F(SceneEventsTest, ASelectionIsAnsweredWithThePiecesAsTheyCame)
               (Texts{"child, QtScene", "child", "no such node, \tX ", "", "a, b, c"}));
 }
 
+TEST_F(SceneEventsTest, AnAnnouncedActionIsNotAppliedAgain)
+{
+    events->triggerEvent("TranslationAction", "child,1,2,3");
+    events->triggerEvent("RotationAction", "child,10,20,30");
+    manager->update();
+    EXPECT_TRUE(child->getTranslation().translation().isZero());
+    EXPECT_TRUE(child->getRotation().isIdentity());
+    EXPECT_EQ(takeTypes(), (Texts{"TranslationAction", "RotationAction"}));
+}
+
 TEST_F(SceneEventsTest, ASceneIsDestroyedWhileSelectionsArrive)
 {
     const auto threaded =

@@ -196,6 +196,34 @@ TEST(SceneManagerTest, AnimationsAreRemovedByIndexOrAllAtOnce)
     EXPECT_TRUE(manager->getAnimationsLibrary().empty());
 }
 
+TEST(SceneManagerTest, ThreeThreadsMayUseItsListsAtOnce)
+{
+    const auto manager = makeScene(makeNode("root"));
+    runInThreads(3, [&](unsigned thread) {
+        for (unsigned i = 0; i < 300; ++i) {
+            const std::string id = std::to_string(thread) + '-' + std::to_string(i);
+            manager->addMaterial(boost::make_shared<Material>(id, ""));
+            manager->addCameraInstance(boost::make_shared<CameraInstance>(id, nullptr, nullptr));
+            manager->addAnimation(boost::make_shared<Animation>(id, ""));
+            manager->addEffect(boost::make_shared<Effect>(id, id, ""));
+            manager->addEvaluator(boost::make_shared<Evaluator>(id));
+            manager->setSceneName(id);
+            ASSERT_TRUE(manager->getMaterialWithID(id));
+            ASSERT_TRUE(manager->getEffectByFilename(id));
+            ASSERT_FALSE(manager->getMaterialList().empty());
+            ASSERT_FALSE(manager->getSceneName().empty());
+            ASSERT_TRUE(manager->getCameraInstanceAt(manager->getCameraInstanceCount() - 1));
+            ASSERT_TRUE(manager->getEvaluatorAt(i));
+            manager->getAnimationsLibrary();
+            manager->removeAnimation(0);
+            manager->update();
+        }
+    });
+    EXPECT_EQ(manager->getMaterialList().size(), 900u);
+    EXPECT_EQ(manager->getCameraInstanceCount(), 900u);
+    EXPECT_TRUE(manager->getAnimationsLibrary().empty());
+}
+
 TEST(SceneManagerTest, WithoutAnEventManagerNothingIsSent)
 {
     const auto manager = makeScene(makeNode("root"));
