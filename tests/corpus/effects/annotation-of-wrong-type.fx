@@ -1,0 +1,3 @@
+float a < float3 UIMin = {1, 2, 3}; > = 3;
+fragment { void main() { } }
+technique t { }

@@ -1,0 +1,2 @@
+fragment { void main() { if (true) { } }
+technique t { }

@@ -1,0 +1,1 @@
+float4 color < string UIWidget = "color"; string UIN

@@ -1,0 +1,3 @@
+int a = 0.5;
+fragment { void main() { } }
+technique t { }

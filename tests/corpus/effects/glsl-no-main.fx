@@ -1,0 +1,2 @@
+fragment { float f() { return 1.0; } }
+technique t { }

@@ -1,0 +1,2 @@
+fragment { void main() { shineAll(); fragment = vec4(1.0); } }
+technique t { }

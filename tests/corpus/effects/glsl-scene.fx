@@ -1,0 +1,3 @@
+string ScriptClass = "scene";
+fragment { void main() { fragment = texture(sceneColour, place); } }
+technique t { }

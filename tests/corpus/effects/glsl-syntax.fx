@@ -1,0 +1,8 @@
+fragment
+{
+void main()
+{
+    fragment = vec4(1.0)
+}
+}
+technique t { }

@@ -1,0 +1,2 @@
+vertex { void main() { placeVertex(gl_Vertex, gl_Normal); } }
+technique t { }

@@ -1,0 +1,1 @@
+fragment { void main() { } }

@@ -1,0 +1,3 @@
+float a = 1e400;
+fragment { void main() { } }
+technique t { }

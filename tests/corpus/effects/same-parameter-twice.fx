@@ -1,0 +1,4 @@
+float a;
+float a;
+fragment { void main() { } }
+technique t { }

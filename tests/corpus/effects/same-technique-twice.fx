@@ -1,0 +1,3 @@
+fragment { void main() { } }
+technique t { }
+technique t { }

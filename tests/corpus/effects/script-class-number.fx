@@ -1,0 +1,3 @@
+string ScriptClass = 1;
+fragment { void main() { } }
+technique t { }

@@ -1,0 +1,3 @@
+texture a = "a.png;
+fragment { void main() { } }
+technique t { }

@@ -1,0 +1,2 @@
+fragment { void main() { } }
+technique t { stencil = on; }

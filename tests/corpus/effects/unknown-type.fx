@@ -1,0 +1,3 @@
+vec3 a = {1, 2, 3};
+fragment { void main() { } }
+technique t { }

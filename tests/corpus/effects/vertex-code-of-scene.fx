@@ -1,0 +1,4 @@
+string ScriptClass = "scene";
+vertex { }
+fragment { void main() { } }
+technique t { }
