@@ -4,6 +4,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include <atomic>
 #include <cmath>
 
 namespace halvern::test {
@@ -32,7 +33,7 @@ void findBounds(scene::Mesh& mesh)
 
 MaterialPtr makeMaterial(const QColor& color, bool unlit)
 {
-    static int count = 0;
+    static std::atomic<int> count{0};
     auto material =
         boost::make_shared<scene::Material>("material" + std::to_string(++count), scene::StandardEffectID);
     auto values = std::make_shared<scene::StandardMaterial>();
