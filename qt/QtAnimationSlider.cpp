@@ -1,0 +1,338 @@
+#include "qt/QtAnimationSlider.h"
+
+#include "engine/scene/AnimationManager.h"
+
+#include <QMouseEvent>
+#include <QPaintEvent>
+#include <QPainter>
+#include <QStyle>
+#include <QTimer>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <utility>
+
+namespace halvern::qt {
+
+namespace {
+
+constexpr int RepaintInterval = 50; // milliseconds
+constexpr int TickStep = 500;       // milliseconds
+constexpr int MarkWidth = 10;       // of the handle and of a highlight, in pixels
+
+// So many fills over one another end in a colour that one more does not change.
+constexpr int FillsUntilSteady = 16;
+
+/// Truncates; what does not fit becomes the nearest that does.
+int toInt(double number)
+{
+    if (!(number > std::numeric_limits<int>::min())) // not a number, too
+        return std::numeric_limits<int>::min();
+    if (number >= std::numeric_limits<int>::max())
+        return std::numeric_limits<int>::max();
+    return static_cast<int>(number);
+}
+
+/// A pixel far outside may be anywhere outside; sums with this one do not overflow.
+int toPixel(double number)
+{
+    constexpr int FarOutside = 1000000;
+    return std::clamp(toInt(number), -FarOutside, FarOutside);
+}
+
+int wrap(std::uint32_t number)
+{
+    return static_cast<int>(number);
+}
+
+/// The product as 32 bits hold it.
+int multiply(int first, int second)
+{
+    return wrap(static_cast<std::uint32_t>(first) * static_cast<std::uint32_t>(second));
+}
+
+float toMilliseconds(float seconds)
+{
+    return seconds * 1000.0f;
+}
+
+/// One pixel high, on purpose: the first row has the middle colour, all below it the second.
+QLinearGradient makeGradient(const QColor& first, const QColor& second)
+{
+    QLinearGradient gradient(0, 0, 0, 1);
+    gradient.setColorAt(0, first);
+    gradient.setColorAt(1, second);
+    return gradient;
+}
+
+/// The pixels of a line two pixels wide from top to bottom, at a fraction of its cost.
+void paintLine(QPainter& painter, int x, const QRect& box, const QColor& colour)
+{
+    painter.fillRect(QRect(x - 1, box.top(), 2, box.height()), colour);
+}
+
+/// Calls paint(rectangle) for each run of columns of the box for which isMember(column) holds.
+template <class IsMember, class Paint>
+void forEachRun(const QRect& box, IsMember isMember, Paint paint)
+{
+    int begin = 0;
+    for (int column = 0; column <= box.width(); ++column) {
+        if (column < box.width() && isMember(column))
+            continue;
+        if (begin < column)
+            paint(QRect(begin, box.top(), column - begin, box.height()));
+        begin = column + 1;
+    }
+}
+
+/// What many highlights leave of one another, column by column: a green line hides all before it.
+class Highlights
+{
+public:
+    explicit Highlights(int width) : columns(static_cast<std::size_t>(width)) {}
+
+    void add(int x)
+    {
+        for (int column = x - MarkWidth / 2; column < x + MarkWidth / 2; ++column)
+            change(column, [this](Column& mark) { most = std::max(most, ++mark.fills); });
+        for (const int column : {x - 1, x})
+            change(column, [](Column& mark) { mark = {true, 0}; });
+    }
+
+    void paint(QPainter& painter, const QRect& box) const
+    {
+        const QColor line(0, 255, 0);
+        const QBrush fill(makeGradient(QColor(0, 200, 0, 150), QColor(0, 250, 0, 150)));
+        forEachRun(
+            box, [&](int column) { return at(column).hasLine; },
+            [&](const QRect& run) { painter.fillRect(run, line); });
+        for (int layer = 0; layer < std::min(most, FillsUntilSteady); ++layer)
+            forEachRun(
+                box, [&](int column) { return at(column).fills > layer; },
+                [&](const QRect& run) { painter.fillRect(run, fill); });
+    }
+
+private:
+    struct Column
+    {
+        bool hasLine = false;
+        int fills = 0; // since the last line
+    };
+
+    const Column& at(int column) const { return columns[static_cast<std::size_t>(column)]; }
+
+    template <class Change>
+    void change(int column, Change change)
+    {
+        if (column >= 0 && column < static_cast<int>(columns.size()))
+            change(columns[static_cast<std::size_t>(column)]);
+    }
+
+    std::vector<Column> columns;
+    int most = 0; // of the fills of one column
+};
+
+} // namespace
+
+QtAnimationSlider::QtAnimationSlider(QWidget* parent) : QAbstractSlider(parent)
+{
+    setOrientation(Qt::Horizontal);
+    setMouseTracking(true);
+
+    auto* timer = new QTimer(this);
+    connect(timer, SIGNAL(timeout()), this, SLOT(update()));
+    timer->start(RepaintInterval);
+}
+
+QtAnimationSlider::~QtAnimationSlider() = default;
+
+void QtAnimationSlider::setAnimationManager(boost::shared_ptr<scene::AnimationManager> newAnimationManager)
+{
+    animationManager = std::move(newAnimationManager);
+}
+
+void QtAnimationSlider::paintEvent(QPaintEvent* event)
+{
+    updateFace();
+    QPainter painter(this);
+    painter.drawPixmap(0, 0, face);
+    if (animationManager && hasExtent())
+        paintPlayback(painter, event->rect().width());
+}
+
+void QtAnimationSlider::mouseMoveEvent(QMouseEvent* event)
+{
+    hoverValue = valueAt(event->x());
+    if (event->buttons() & Qt::LeftButton)
+        setValue(hoverValue);
+    repaint();
+    QWidget::mouseMoveEvent(event);
+}
+
+void QtAnimationSlider::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton)
+        setValue(selectNearestFrame(valueAt(event->x())));
+    repaint();
+    QWidget::mouseReleaseEvent(event);
+}
+
+void QtAnimationSlider::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    const int milliseconds = valueAt(event->x());
+    if (animationManager)
+        animationManager->setTime(boost::posix_time::microseconds(std::int64_t(milliseconds) * 1000));
+    setValue(milliseconds);
+    repaint();
+    QWidget::mouseDoubleClickEvent(event);
+}
+
+void QtAnimationSlider::resizeEvent(QResizeEvent* /*event*/)
+{
+    repaint();
+}
+
+bool QtAnimationSlider::Look::operator==(const Look& other) const
+{
+    return size == other.size && pixelRatio == other.pixelRatio && font == other.font &&
+           minimum == other.minimum && maximum == other.maximum && value == other.value &&
+           hasAnimation == other.hasAnimation;
+}
+
+bool QtAnimationSlider::hasExtent() const
+{
+    return maximum() != 0 && width() != 0;
+}
+
+int QtAnimationSlider::valueAt(int x) const
+{
+    if (!hasExtent())
+        return minimum();
+    const auto from = static_cast<std::uint32_t>(minimum());
+    const int range = wrap(static_cast<std::uint32_t>(maximum()) - from);
+    const int position = wrap(from + static_cast<std::uint32_t>(multiply(x, range) / width()));
+    // There and back, on purpose: a product that does not fit into 32 bits gives another value.
+    return toInt(double(multiply(maximum(), position)) / double(maximum()));
+}
+
+int QtAnimationSlider::selectNearestFrame(int value)
+{
+    if (!animationManager || !animationManager->getAnimation())
+        return value;
+    const auto tolerance = static_cast<float>(maximum() / 100);
+    const std::vector<float> times = animationManager->getFrameTimes();
+    for (const float time : times) {
+        const float milliseconds = toMilliseconds(time);
+        if (std::fabs(milliseconds - static_cast<float>(value)) < tolerance)
+            return toInt(milliseconds); // the first that is close, on purpose not the closest
+    }
+    return value;
+}
+
+int QtAnimationSlider::columnOf(int milliseconds) const
+{
+    return toPixel(QStyle::sliderPositionFromValue(minimum(), maximum(), milliseconds, width(), false));
+}
+
+bool QtAnimationSlider::takeFrameTimes()
+{
+    if (!animationManager || !hasExtent())
+        return false;
+    const std::vector<float>& times = animationManager->getFrameTimes();
+    const bool changed = times != frameTimes;
+    if (changed)
+        frameTimes = times;
+    return changed;
+}
+
+void QtAnimationSlider::updateFace()
+{
+    const bool hasNewFrames = takeFrameTimes();
+    const bool hasAnimation = animationManager && hasExtent() && animationManager->getAnimation();
+    const Look now{size(), devicePixelRatioF(), font(), minimum(), maximum(), value(), hasAnimation};
+    if (!hasNewFrames && look == now)
+        return;
+    look = now;
+    face = QPixmap(size() * devicePixelRatioF());
+    face.setDevicePixelRatio(devicePixelRatioF());
+    QPainter painter(&face);
+    paintFace(painter);
+}
+
+void QtAnimationSlider::paintFace(QPainter& painter)
+{
+    painter.fillRect(rect(), makeGradient(QColor(150, 150, 150), QColor(200, 200, 200)));
+    const float pixelsPerMillisecond = static_cast<float>(width()) / static_cast<float>(maximum());
+    const float place = hasExtent() ? static_cast<float>(value()) * pixelsPerMillisecond : 0;
+    paintHandle(painter, toPixel(place - 5.0));
+    if (look->hasAnimation)
+        paintFrames(painter);
+    paintTimeLine(painter);
+    paintLine(painter, toPixel(place), rect(), QColor(255, 255, 255));
+}
+
+void QtAnimationSlider::paintHandle(QPainter& painter, int left)
+{
+    const QRect handle(left, 0, MarkWidth, height());
+    painter.fillRect(handle, makeGradient(QColor(100, 100, 100), QColor(150, 150, 150)));
+    painter.setPen(QPen(QBrush(QColor(153, 153, 153)), 1.0));
+    painter.drawRect(handle); // its right side is a pixel outside of the handle, on purpose
+}
+
+void QtAnimationSlider::paintFrames(QPainter& painter)
+{
+    std::vector<bool> hasFrame(static_cast<std::size_t>(width()));
+    for (const float time : frameTimes) {
+        const int x = columnOf(toInt(toMilliseconds(time)));
+        for (const int column : {x - 1, x})
+            if (column >= 0 && column < width())
+                hasFrame[static_cast<std::size_t>(column)] = true;
+    }
+    forEachRun(
+        rect(), [&](int column) { return hasFrame[static_cast<std::size_t>(column)]; },
+        [&](const QRect& run) { painter.fillRect(run, QColor(255, 231, 46)); });
+}
+
+void QtAnimationSlider::paintTimeLine(QPainter& painter)
+{
+    painter.setPen(Qt::black);
+    QFont labelFont = font();
+    labelFont.setFamily("Bavaria");
+    labelFont.setPointSize(10);
+    painter.setFont(labelFont);
+    int column = -1;
+    for (std::int64_t time = TickStep; time < maximum(); time += TickStep) {
+        const int x = columnOf(static_cast<int>(time));
+        if (std::exchange(column, x) == x)
+            continue;
+        const bool isSecond = time % 1000 == 0;
+        const int length = height() / (isSecond ? 4 : 8);
+        // The square cap of a line starts a pixel above it.
+        paintLine(painter, x, QRect(0, height() - length - 1, width(), length + 1), Qt::black);
+        if (isSecond)
+            painter.drawText(x, height() - length, QString::number(time));
+    }
+}
+
+void QtAnimationSlider::paintPlayback(QPainter& painter, int paintedWidth)
+{
+    const auto currentTime = static_cast<float>(animationManager->getCurrentTime().ticks() / 1000);
+    // By the width of what is painted, on purpose: it is the slider's unless a part of it is painted.
+    const float place = static_cast<float>(paintedWidth) * (currentTime / static_cast<float>(maximum()));
+    paintLine(painter, toPixel(place), rect(), QColor(255, 0, 0));
+
+    const auto tolerance = static_cast<float>(maximum() / 100);
+    Highlights highlights(width());
+    for (const float time : frameTimes) {
+        const float milliseconds = toMilliseconds(time);
+        const bool isHovered = std::fabs(milliseconds - static_cast<float>(hoverValue)) < tolerance;
+        const bool isPlayed = std::fabs(currentTime - milliseconds) < 5.0;
+        for (int i = isHovered + isPlayed; i > 0; --i) // twice for both, on purpose
+            highlights.add(columnOf(toInt(milliseconds)));
+    }
+    highlights.paint(painter, rect());
+}
+
+} // namespace halvern::qt
