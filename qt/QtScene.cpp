@@ -17,6 +17,7 @@
 #include <algorithm>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace halvern::qt {
 
@@ -43,38 +44,82 @@ boost::shared_ptr<scene::Node> getNode(QTreeWidgetItem* item)
     return sceneItem ? sceneItem->getNode() : nullptr;
 }
 
-void showNode(QTreeWidgetItem& item, const scene::Node& node)
+struct Texts
 {
-    const QString id = QString::fromStdString(node.getID());
-    const QString name = QString::fromStdString(node.getName());
-    const bool visible = node.isVisible();
-    item.setText(NameColumn, name.isEmpty() ? id : name);
-    item.setText(IDColumn, id);
+    QString name;
+    QString id;
+};
+
+Texts getTexts(const scene::Node& node)
+{
+    QString id = QString::fromStdString(node.getID());
+    QString name = QString::fromStdString(node.getName());
+    return {name.isEmpty() ? id : std::move(name), std::move(id)};
+}
+
+void setColors(QTreeWidgetItem& item, bool visible, bool castsShadow)
+{
     if (!visible)
         item.setForeground(NameColumn, Qt::gray);
-    item.setExpanded(visible); // has no effect outside of a tree
-    item.setBackground(NameColumn, getBackground(node.inLayer(castShadowLayer)));
+    item.setBackground(NameColumn, getBackground(castsShadow));
 }
 
-/// Fills the item and the items of all nodes below its own; returns their number.
-int fill(QtSceneItem& item, const scene::Node& node)
+QtSceneItem makePattern(bool visible, bool castsShadow)
 {
-    showNode(item, node);
-    int count = 1;
-    const unsigned int childCount = node.getChildCount();
-    for (unsigned int i = 0; i < childCount; ++i)
-        if (const auto child = node.getChildNode(i))
-            count += fill(*new QtSceneItem(child, &item), *child);
-    return count;
+    QtSceneItem pattern(nullptr, static_cast<QtSceneItem*>(nullptr));
+    pattern.setData(IDColumn, Qt::BackgroundRole, {}); // counts the column
+    setColors(pattern, visible, castsShadow);
+    return pattern;
 }
 
-/// Unfolds what is not marked as hidden. The mark counts: the node may have changed since it was read.
-void expandVisible(QTreeWidgetItem* item)
+/// Fills items and makes those below them, as copies of a few patterns: copies share their colours, which
+/// otherwise take more time and memory than the texts.
+class TreeFiller
 {
-    item->setExpanded(!item->data(NameColumn, Qt::ForegroundRole).isValid());
-    for (int i = 0; i < item->childCount(); ++i)
-        expandVisible(item->child(i));
-}
+public:
+    /// Returns the number of nodes from this one on.
+    int fill(QtSceneItem& item, const scene::Node& node)
+    {
+        const bool visible = node.isVisible();
+        const Texts texts = getTexts(node);
+        item.setText(NameColumn, texts.name);
+        item.setText(IDColumn, texts.id);
+        setColors(item, visible, node.inLayer(castShadowLayer));
+        return fillBelow(item, node, visible);
+    }
+
+    /// The items of visible nodes, in depth-first pre-order.
+    const std::vector<QTreeWidgetItem*>& getVisible() const { return visibleItems; }
+
+private:
+    int fillBelow(QtSceneItem& item, const scene::Node& node, bool visible)
+    {
+        item.setExpanded(visible); // has no effect outside of a tree
+        if (visible)
+            visibleItems.push_back(&item);
+        int count = 1;
+        const unsigned int childCount = node.getChildCount();
+        for (unsigned int i = 0; i < childCount; ++i)
+            if (auto child = node.getChildNode(i))
+                count += add(item, std::move(child));
+        return count;
+    }
+
+    int add(QtSceneItem& parent, boost::shared_ptr<scene::Node> newNode)
+    {
+        const scene::Node& node = *newNode;
+        const bool visible = node.isVisible();
+        const QtSceneItem& pattern = patterns[visible][node.inLayer(castShadowLayer)];
+        Texts texts = getTexts(node);
+        auto* item = new QtSceneItem(pattern, std::move(newNode), std::move(texts.name), std::move(texts.id));
+        parent.addChild(item);
+        return fillBelow(*item, node, visible);
+    }
+
+    const QtSceneItem patterns[2][2]{{makePattern(false, false), makePattern(false, true)},
+                                     {makePattern(true, false), makePattern(true, true)}};
+    std::vector<QTreeWidgetItem*> visibleItems;
+};
 
 QTreeWidgetItem* findFirst(QTreeWidgetItem* item, const QString& text, int column)
 {
@@ -228,7 +273,7 @@ void QtScene::postRenderNode()
 int QtScene::populateTree(QtSceneItem* item)
 {
     const auto node = item->getNode();
-    return node ? fill(*item, *node) : 0;
+    return node ? TreeFiller().fill(*item, *node) : 0;
 }
 
 QTreeWidgetItem* QtScene::findItemWorker(QTreeWidgetItem* item, QString text, int column)
@@ -270,9 +315,11 @@ int QtScene::rebuildTree(const boost::shared_ptr<scene::Node>& root)
     treeWidget->clear();
     // Filled outside of the tree, which would follow every single step.
     rootItem = new QtSceneItem(root, static_cast<QtSceneItem*>(nullptr));
-    const int count = populateTree(rootItem);
+    TreeFiller filler;
+    const int count = filler.fill(*rootItem, *root);
     treeWidget->insertTopLevelItem(0, rootItem);
-    expandVisible(rootItem);
+    for (QTreeWidgetItem* item : filler.getVisible())
+        item->setExpanded(true);
     return count;
 }
 

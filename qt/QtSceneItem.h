@@ -2,6 +2,7 @@
 
 #include "engine/Export.h"
 
+#include <QString>
 #include <QTreeWidgetItem>
 
 #ifndef Q_MOC_RUN
@@ -24,6 +25,10 @@ public:
     /// The last top-level item of the view.
     QtSceneItem(boost::shared_ptr<scene::Node> node, QTreeWidget* view);
 
+    /// Outside of any tree: coloured like the pattern, with whose items it shares the memory for that. It
+    /// shows the texts in columns 0 and 1.
+    QtSceneItem(const QtSceneItem& pattern, boost::shared_ptr<scene::Node> node, QString name, QString id);
+
     QtSceneItem(const QtSceneItem& other);
     QtSceneItem& operator=(const QtSceneItem& other);
     ~QtSceneItem() override;
@@ -34,8 +39,20 @@ public:
     /// Changes neither texts nor colours.
     void setNode(boost::shared_ptr<scene::Node> newNode);
 
+    /// Copies the items below as well.
+    QTreeWidgetItem* clone() const override;
+
+    QVariant data(int column, int role) const override;
+    void setData(int column, int role, const QVariant& value) override;
+
 private:
+    bool showsOwnText(int column, int role) const;
+
     boost::shared_ptr<scene::Node> node;
+
+    /// As constructed, null once changed. The base class needs three more allocations for them, which is a
+    /// third of the time it takes to show a scene.
+    QString texts[2];
 };
 
 } // namespace halvern::qt

@@ -1,8 +1,12 @@
 #include "tests/qt/ScenePanel.h"
 
+#include <QSignalSpy>
+
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <type_traits>
+#include <utility>
 
 using halvern::qt::QtSceneItem;
 using namespace halvern::test;
@@ -10,6 +14,22 @@ using namespace halvern::test;
 namespace {
 
 QtSceneItem* const noParent = nullptr;
+
+/// An item that got its texts from its constructor, in a tree.
+struct Patterned
+{
+    Patterned()
+    {
+        pattern.setBackground(0, Qt::red);
+        item = new QtSceneItem(pattern, node, "name", "id");
+        view.addTopLevelItem(item);
+    }
+
+    QtSceneItem pattern{nullptr, noParent};
+    NodePtr node = makeNode("a");
+    QTreeWidget view;
+    QtSceneItem* item;
+};
 
 } // namespace
 
@@ -102,4 +122,71 @@ TEST(QtSceneItemTest, SetNodeReplacesTheNodeOnly)
     EXPECT_EQ(item.text(0), "text");
     item.setNode(nullptr);
     EXPECT_FALSE(item.getNode());
+}
+
+TEST(QtSceneItemTest, TakesColoursFromAPatternAndTextsOfItsOwn)
+{
+    const Patterned made;
+    EXPECT_EQ(made.item->background(0), QBrush(Qt::red));
+    EXPECT_EQ(made.item->text(0), "name");
+    EXPECT_EQ(made.item->text(1), "id");
+    EXPECT_EQ(made.item->data(1, Qt::EditRole), "id");
+    EXPECT_FALSE(made.item->data(2, Qt::DisplayRole).isValid());
+    EXPECT_FALSE(made.item->data(-1, Qt::DisplayRole).isValid());
+    EXPECT_FALSE(made.item->data(0, Qt::ToolTipRole).isValid());
+    EXPECT_EQ(made.item->getNode(), made.node);
+    EXPECT_EQ(made.pattern.text(0), "");
+}
+
+TEST(QtSceneItemTest, ChangingOneLeavesThePatternAndItsOtherItemsAlone)
+{
+    const Patterned made;
+    const QtSceneItem other(made.pattern, nullptr, "", "");
+    made.item->setBackground(0, Qt::blue);
+    made.item->setForeground(0, Qt::green);
+    EXPECT_EQ(made.item->background(0), QBrush(Qt::blue));
+    for (const QtSceneItem* item : {&made.pattern, &other}) {
+        EXPECT_EQ(item->background(0), QBrush(Qt::red));
+        EXPECT_FALSE(item->data(0, Qt::ForegroundRole).isValid());
+    }
+}
+
+TEST(QtSceneItemTest, TextOfTheConstructorIsReplacedAndAnnouncedLikeAnyOther)
+{
+    const Patterned made;
+    QSignalSpy changed(made.view.model(), SIGNAL(dataChanged(QModelIndex, QModelIndex, QVector<int>)));
+    made.item->setText(0, "name");
+    EXPECT_EQ(changed.count(), 0);
+    for (const char* text : {"other", "", "name"}) {
+        made.item->setText(0, text);
+        EXPECT_EQ(made.item->text(0), text);
+    }
+    EXPECT_EQ(changed.count(), 3);
+    EXPECT_EQ(made.item->text(1), "id");
+    made.item->setText(1, "");
+    EXPECT_EQ(made.item->text(1), "");
+    EXPECT_EQ(changed.count(), 4);
+}
+
+TEST(QtSceneItemTest, CopiesHaveTheTextsOfTheConstructorToo)
+{
+    const Patterned made;
+    const QtSceneItem copy(*made.item);
+    QtSceneItem assigned(nullptr, noParent);
+    assigned.setText(0, "before");
+    assigned = *made.item;
+    for (const QtSceneItem* item : {&copy, &std::as_const(assigned)}) {
+        EXPECT_EQ(item->text(0), "name");
+        EXPECT_EQ(item->text(1), "id");
+    }
+}
+
+TEST(QtSceneItemTest, CloneCopiesWhatIsBelowAndSharesTheNodes)
+{
+    const Patterned made;
+    new QtSceneItem(made.node, made.item);
+    made.item->child(0)->setText(0, "below");
+    const std::unique_ptr<QTreeWidgetItem> clone(made.item->clone());
+    EXPECT_EQ(outline(*clone), QStringList({"name|id", " below|"}));
+    EXPECT_EQ(made.node.use_count(), 5);
 }

@@ -63,6 +63,7 @@ QStringList appearance(QTreeWidgetItem& root)
         lines += QStringList{item.text(0),
                              item.text(1),
                              QString::number(item.childCount()),
+                             QString::number(item.columnCount()),
                              item.isExpanded() ? "unfolded" : "folded",
                              foreground.isValid() ? foreground.value<QBrush>().color().name() : "none",
                              item.background(0).color().name(),
