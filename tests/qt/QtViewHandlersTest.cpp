@@ -372,20 +372,29 @@ TEST(QtViewHandlersTest, WhatInitialiseLeavesBoundIsRestoredToo)
     QOpenGLShaderProgram program;
     link(program);
     std::vector<int> after;
+    GLint framebuffer = 0;
     view.addOpenGLHandler(boost::make_shared<FakeHandler>(log, "spoils", false));
     view.addOpenGLHandler(boost::make_shared<FakeHandler>(log, "looks"));
     log.onCall = [&](const std::string& name) {
         if (name == "spoils initialize") {
             program.bind();
-            GLuint buffer = 0;
-            view.context()->functions()->glGenBuffers(1, &buffer);
-            view.context()->functions()->glBindBuffer(GL_PIXEL_UNPACK_BUFFER, buffer);
+            QOpenGLExtraFunctions* gl = view.context()->extraFunctions();
+            GLuint made[3];
+            gl->glGenBuffers(1, &made[0]);
+            gl->glBindBuffer(GL_PIXEL_UNPACK_BUFFER, made[0]);
+            gl->glGenVertexArrays(1, &made[1]);
+            gl->glBindVertexArray(made[1]);
+            gl->glGenFramebuffers(1, &made[2]);
+            gl->glBindFramebuffer(GL_FRAMEBUFFER, made[2]);
         }
-        if (name == "looks render")
+        if (name == "looks render") {
             after = bindings(view.context());
+            framebuffer = framebufferBinding(view.context(), GL_FRAMEBUFFER_BINDING);
+        }
     };
     repaintView(view);
     log.onCall = nullptr;
+    EXPECT_EQ(GLuint(framebuffer), view.defaultFramebufferObject());
     EXPECT_THAT(after, ElementsAre(0, 0, 0, 0, 0, 0, 1, 1, 0));
 }
 
