@@ -90,4 +90,18 @@ osg::RefMatrix* DrawPass::nextMatrix(const osg::Matrixd& value)
     return matrix;
 }
 
+osg::ref_ptr<osg::Geometry> makeUnitSquare()
+{
+    osg::ref_ptr<osg::Geometry> geometry = new osg::Geometry;
+    geometry->setUseDisplayList(false);
+    geometry->setUseVertexBufferObjects(true);
+    geometry->setUseVertexArrayObject(true);
+    osg::ref_ptr<osg::Vec2Array> corners = new osg::Vec2Array;
+    for (const osg::Vec2& corner : {osg::Vec2(0, 0), osg::Vec2(1, 0), osg::Vec2(0, 1), osg::Vec2(1, 1)})
+        corners->push_back(corner);
+    geometry->setVertexArray(corners);
+    geometry->addPrimitiveSet(new osg::DrawArrays(GL_TRIANGLE_STRIP, 0, 4));
+    return geometry;
+}
+
 } // namespace halvern::engine

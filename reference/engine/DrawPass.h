@@ -41,4 +41,7 @@ private:
     size_t matricesInUse = 0;
 };
 
+/// The square from (0, 0) to (1, 1), for drawing over a picture.
+osg::ref_ptr<osg::Geometry> makeUnitSquare();
+
 } // namespace halvern::engine

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "reference/engine/ShaderPrograms.h"
+#include "reference/engine/ShaderFeatures.h"
 
 #include <array>
 #include <vector>

@@ -3,7 +3,7 @@
 #include "engine/scene/Light.h"
 #include "reference/engine/LiveRenderTarget.h"
 #include "reference/engine/SceneMirror.h"
-#include "reference/engine/ShaderPrograms.h"
+#include "reference/engine/ShaderFeatures.h"
 
 #include <boost/make_shared.hpp>
 

@@ -1,6 +1,6 @@
 #include "reference/engine/MeshGeometry.h"
 
-#include "reference/engine/ShaderPrograms.h"
+#include "reference/engine/ShaderFeatures.h"
 
 #include <algorithm>
 

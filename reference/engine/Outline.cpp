@@ -43,20 +43,6 @@ void main()
 }
 )";
 
-osg::ref_ptr<osg::Geometry> makeRectangle()
-{
-    osg::ref_ptr<osg::Geometry> geometry = new osg::Geometry;
-    geometry->setUseDisplayList(false);
-    geometry->setUseVertexBufferObjects(true);
-    geometry->setUseVertexArrayObject(true);
-    osg::ref_ptr<osg::Vec2Array> corners = new osg::Vec2Array;
-    for (const osg::Vec2& corner : {osg::Vec2(0, 0), osg::Vec2(1, 0), osg::Vec2(0, 1), osg::Vec2(1, 1)})
-        corners->push_back(corner);
-    geometry->setVertexArray(corners);
-    geometry->addPrimitiveSet(new osg::DrawArrays(GL_TRIANGLE_STRIP, 0, 4));
-    return geometry;
-}
-
 /// The rectangle of the picture round a box, with room for the line; the whole picture where the box
 /// reaches behind the eye.
 osg::Vec4f areaOf(const Eigen::AlignedBox3d& box, const View& view)
@@ -81,7 +67,7 @@ osg::Vec4f areaOf(const Eigen::AlignedBox3d& box, const View& view)
 Outline::Outline() :
     maskState(new osg::StateSet),
     lineState(new osg::StateSet),
-    rectangle(makeRectangle()),
+    rectangle(makeUnitSquare()),
     area(new osg::Uniform("area", osg::Vec4f())),
     pixel(new osg::Uniform("pixel", osg::Vec2f()))
 {

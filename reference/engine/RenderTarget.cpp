@@ -17,6 +17,8 @@ osg::ref_ptr<osg::Texture2D> makeTexture(RenderTarget::Kind kind, Eigen::Vector2
     texture->setWrap(osg::Texture::WRAP_T, osg::Texture::CLAMP_TO_EDGE);
     switch (kind) {
     case RenderTarget::Kind::Color:
+    case RenderTarget::Kind::SceneColor:
+    case RenderTarget::Kind::Picture:
         texture->setInternalFormat(GL_RGBA8);
         texture->setSourceFormat(GL_RGBA);
         texture->setSourceType(GL_UNSIGNED_BYTE);
@@ -34,6 +36,16 @@ osg::ref_ptr<osg::Texture2D> makeTexture(RenderTarget::Kind kind, Eigen::Vector2
         texture->setShadowCompareFunc(osg::Texture::LEQUAL);
         break;
     }
+    return texture;
+}
+
+/// What a shader reads the depth of each pixel from.
+osg::ref_ptr<osg::Texture2D> makeDepthTexture(Eigen::Vector2i size)
+{
+    osg::ref_ptr<osg::Texture2D> texture = makeTexture(RenderTarget::Kind::ShadowDepth, size);
+    texture->setShadowComparison(false);
+    texture->setFilter(osg::Texture::MIN_FILTER, osg::Texture::NEAREST);
+    texture->setFilter(osg::Texture::MAG_FILTER, osg::Texture::NEAREST);
     return texture;
 }
 
@@ -55,6 +67,10 @@ void RenderTarget::resize(Eigen::Vector2i size)
         framebuffer->setAttachment(
             osg::Camera::PACKED_DEPTH_STENCIL_BUFFER,
             osg::FrameBufferAttachment(new osg::RenderBuffer(size.x(), size.y(), GL_DEPTH24_STENCIL8)));
+    if (kind == Kind::SceneColor) {
+        targetDepth = makeDepthTexture(size);
+        framebuffer->setAttachment(osg::Camera::DEPTH_BUFFER, osg::FrameBufferAttachment(targetDepth.get()));
+    }
 }
 
 void RenderTarget::bind(osg::State& state)

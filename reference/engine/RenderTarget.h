@@ -13,6 +13,8 @@ class RenderTarget
 public:
     enum class Kind {
         Color,      ///< RGBA8 with a depth and stencil buffer
+        SceneColor, ///< RGBA8 with a depth texture
+        Picture,    ///< RGBA8 alone
         Mask,       ///< one 8-bit channel
         ShadowDepth ///< 24-bit depth, set up for shadow comparison
     };
@@ -31,11 +33,13 @@ public:
     unsigned int textureID(const osg::State& state) const;
 
     osg::Texture2D* texture() const { return targetTexture.get(); }
+    osg::Texture2D* depthTexture() const { return targetDepth.get(); } ///< of the kind SceneColor
 
 private:
     const Kind kind;
     Eigen::Vector2i currentSize = Eigen::Vector2i::Zero();
     osg::ref_ptr<osg::Texture2D> targetTexture;
+    osg::ref_ptr<osg::Texture2D> targetDepth;
     osg::ref_ptr<osg::FrameBufferObject> framebuffer;
 };
 

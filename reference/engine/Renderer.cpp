@@ -62,11 +62,6 @@ Renderer::Renderer() : frameState(new osg::StateSet), depthState(makeDepthState(
 {
     mainPass.stage().setClearColor(background);
     frameState->setMode(GL_DEPTH_TEST, osg::StateAttribute::ON);
-    addSampler(*frameState, "baseColorMap", TextureUnit::BaseColor);
-    addSampler(*frameState, "metalRoughMap", TextureUnit::MetalRough);
-    addSampler(*frameState, "normalMap", TextureUnit::Normal);
-    addSampler(*frameState, "emissiveMap", TextureUnit::Emissive);
-    addSampler(*frameState, "occlusionMap", TextureUnit::Occlusion);
     for (int i = 0; i < maxShadows; ++i)
         addSampler(*frameState, "shadowMap" + std::to_string(i), TextureUnit::FirstShadow + i);
     lightPosition = addArray(*frameState, osg::Uniform::FLOAT_VEC3, "lightPosition", maxLights);
@@ -77,37 +72,55 @@ Renderer::Renderer() : frameState(new osg::StateSet), depthState(makeDepthState(
     shadowMatrix = addArray(*frameState, osg::Uniform::FLOAT_MAT4, "shadowMatrix", maxShadows);
     shadowOffset = addArray(*frameState, osg::Uniform::FLOAT, "shadowOffset", maxShadows);
     up = addArray(*frameState, osg::Uniform::FLOAT_VEC3, "up", 1);
+    worldToEye = addArray(*frameState, osg::Uniform::FLOAT_MAT4, "worldToEye", 1);
+    eyeToWorld = addArray(*frameState, osg::Uniform::FLOAT_MAT4, "eyeToWorld", 1);
+    viewSize = addArray(*frameState, osg::Uniform::FLOAT_VEC2, "viewSize", 1);
+    time = addArray(*frameState, osg::Uniform::FLOAT, "time", 1);
 }
 
 Renderer::~Renderer() = default;
 
-void Renderer::draw(const View& view, const SceneMirror* mirror, const LightSet& lights, int selected)
+void Renderer::draw(const View& view, const SceneMirror* mirror, const LightSet& lights, int selected,
+                    const fx::SceneEffects& effects)
 {
     const GLStateGuard guard;
     prepareState();
     osg::State& state = *context->getState();
-    if (mirror)
-        drawShadows(*mirror, lights);
-    target.resize(view.size);
-    target.bind(state);
     triangles = vertices = 0;
     if (mirror) {
+        drawShadows(*mirror, lights);
         setFrameState(view, lights);
-        drawSurfaces(view, *mirror);
-        if (selected >= 0)
-            outline.draw(state, target, view, *mirror, selected);
-    } else {
-        mainPass.begin(state, view.size, view.projection, frameState.get(),
-                       GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-        mainPass.draw();
     }
+    drawScene(view, mirror, effects);
+    if (mirror && selected >= 0)
+        outline.draw(state, *shown, view, *mirror, selected);
     finishState();
     osg::flushAllDeletedGLObjects(state.getContextID());
 }
 
+void Renderer::drawScene(const View& view, const SceneMirror* mirror, const fx::SceneEffects& effects)
+{
+    osg::State& state = *context->getState();
+    shown = effects.empty() ? &target : &effectsTarget;
+    shown->resize(view.size);
+    shown->bind(state);
+    mainPass.begin(state, view.size, view.projection, frameState.get(),
+                   GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    postPass.begin(state, view.size, view.projection, frameState.get(), GL_DEPTH_BUFFER_BIT);
+    const bool hasPost = mirror && addSurfaces(view, *mirror);
+    mainPass.draw();
+    if (!effects.empty()) {
+        shown = &chain.draw(state, effectsTarget, view, effects, programs, getTime());
+        shown->bind(state);
+    }
+    // What lies over all else lies over the effects too.
+    if (hasPost)
+        postPass.draw();
+}
+
 unsigned int Renderer::getColorTexture() const
 {
-    return target.textureID(*context->getState());
+    return shown->textureID(*context->getState());
 }
 
 void Renderer::prepareState()
@@ -151,6 +164,10 @@ void Renderer::setFrameState(const View& view, const LightSet& lights)
     const Eigen::Matrix3d rotation = view.toEye.linear();
     const Eigen::Matrix4d toWorld = view.toEye.inverse().matrix();
     up->set(toOsgVector(Eigen::Vector3d(rotation.col(1))));
+    worldToEye->set(osg::Matrixf(toOsgMatrix(view.toEye.matrix())));
+    eyeToWorld->set(osg::Matrixf(toOsgMatrix(toWorld)));
+    viewSize->set(osg::Vec2f(view.size.x(), view.size.y()));
+    time->set(getTime());
     for (size_t i = 0; i < lights.all().size(); ++i) {
         const SceneLight& light = *lights.all()[i];
         const scene::LightSource& source = light.source;
@@ -172,33 +189,33 @@ void Renderer::setFrameState(const View& view, const LightSet& lights)
     }
 }
 
-void Renderer::drawSurfaces(const View& view, const SceneMirror& mirror)
+float Renderer::getTime() const
 {
-    osg::State& state = *context->getState();
+    return std::chrono::duration<float>(std::chrono::steady_clock::now() - start).count();
+}
+
+bool Renderer::addSurfaces(const View& view, const SceneMirror& mirror)
+{
     const Frustum frustum(view.projection * view.toEye.matrix());
     bool hasPost = false;
-    mainPass.begin(state, view.size, view.projection, frameState.get(),
-                   GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
-    postPass.begin(state, view.size, view.projection, frameState.get(), GL_DEPTH_BUFFER_BIT);
     for (const SceneMirror::Surface& surface : mirror.getSurfaces()) {
         if (!frustum.touches(surface.bounds))
             continue;
         const Eigen::Affine3d toEye = view.toEye * mirror.getEntries()[surface.entry].world;
         // The opaque from front to back by where they end, so that a floor comes after what stands on it.
         const Eigen::RowVector3d axis = -view.toEye.linear().row(2);
-        double depth = -(view.toEye * surface.bounds.center()).z();
-        if (!surface.blended)
-            depth += axis.cwiseAbs().dot(surface.bounds.sizes() / 2);
-        DrawPass& pass = surface.postRender ? postPass : mainPass;
-        pass.add(surface.geometry, toOsgMatrix(toEye.matrix()), depth, programs.get(surface.features),
-                 surface.material);
+        const double depth = -(view.toEye * surface.bounds.center()).z();
+        const double behind = axis.cwiseAbs().dot(surface.bounds.sizes() / 2);
+        const osg::Matrixd modelView = toOsgMatrix(toEye.matrix());
+        DrawPass& drawPass = surface.postRender ? postPass : mainPass;
+        for (const MaterialState::Pass& pass : surface.look->passes)
+            drawPass.add(surface.geometry, modelView, pass.blended ? depth : depth + behind,
+                         programs.get(pass.code, surface.features), pass.state.get());
         hasPost |= surface.postRender;
         triangles += surface.geometry->triangleCount();
         vertices += surface.geometry->vertexCount();
     }
-    mainPass.draw();
-    if (hasPost)
-        postPass.draw();
+    return hasPost;
 }
 
 } // namespace halvern::engine

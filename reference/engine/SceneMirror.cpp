@@ -4,7 +4,7 @@
 #include "engine/scene/Material.h"
 #include "engine/scene/Node.h"
 #include "engine/scene/SceneManager.h"
-#include "reference/engine/ShaderPrograms.h"
+#include "reference/engine/fx/EffectLibrary.h"
 #include "reference/scene/SceneChanges.h"
 
 #include <algorithm>
@@ -73,7 +73,9 @@ Eigen::AlignedBox3d transformed(const Eigen::AlignedBox3d& box, const Eigen::Aff
 } // namespace
 
 SceneMirror::SceneMirror(boost::shared_ptr<scene::SceneManager> newSceneManager) :
-    sceneManager(newSceneManager), changes(readChanges(*newSceneManager))
+    sceneManager(newSceneManager),
+    changes(readChanges(*newSceneManager)),
+    materials(fx::EffectLibrary::of(newSceneManager))
 {
     readRoot();
     readUnread();
@@ -293,11 +295,10 @@ void SceneMirror::addSurfaces(Record& record, int entry)
         const MaterialState& look = materials.get(geometry.material, flags & NodeFlag::SeeThrough);
         Surface surface;
         surface.geometry = geometry.geometry.get();
-        surface.material = look.state.get();
-        surface.features = combinedFeatures(geometry.geometry->features, look.features);
+        surface.look = &look;
+        surface.features = look.getFeatures(geometry.geometry->features);
         surface.index = geometry.index;
         surface.entry = entry;
-        surface.blended = look.blended;
         surface.castsShadow = flags & NodeFlag::CastsShadow;
         surface.postRender = flags & NodeFlag::PostRender;
         placeSurface(surface);

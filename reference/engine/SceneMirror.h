@@ -47,11 +47,10 @@ public:
     struct Surface
     {
         MeshGeometry* geometry;
-        osg::StateSet* material;
+        const MaterialState* look;
         unsigned int features; ///< ShaderFeature bits
         unsigned int index;    ///< of the geometry in its node
         int entry;
-        bool blended;
         bool castsShadow;
         bool postRender;
         Eigen::AlignedBox3d bounds; ///< in the world; empty if the transform is no usable one

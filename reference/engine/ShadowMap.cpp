@@ -6,7 +6,7 @@
 #include "reference/engine/OsgMath.h"
 #include "reference/engine/Projection.h"
 #include "reference/engine/SceneMirror.h"
-#include "reference/engine/ShaderPrograms.h"
+#include "reference/engine/ShaderFeatures.h"
 #include "reference/engine/View.h"
 
 #include <boost/make_shared.hpp>

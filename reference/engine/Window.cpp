@@ -16,6 +16,9 @@
 #include "reference/engine/SceneMirror.h"
 #include "reference/engine/WindowEvents.h"
 #include "reference/engine/WindowLayout.h"
+#include "reference/engine/fx/EffectLibrary.h"
+#include "reference/engine/fx/EffectMessages.h"
+#include "reference/engine/fx/SceneEffect.h"
 #include "reference/scene/CameraPose.h"
 
 #include <boost/make_shared.hpp>
@@ -33,12 +36,11 @@ class Pipeline : public fx::FXPipeline
 public:
     void pushBack(boost::shared_ptr<fx::FXSceneEffect> effect) override
     {
-        if (effect)
-            stages.push_back(effect);
+        if (const auto stage = boost::dynamic_pointer_cast<fx::SceneEffect>(effect))
+            stages.push_back(stage);
     }
 
-private:
-    std::vector<boost::shared_ptr<fx::FXSceneEffect>> stages;
+    fx::SceneEffects stages;
 };
 
 /// The scene in the window, with its lights.
@@ -64,6 +66,7 @@ struct Window::Private : ControlledScene
     Eigen::AlignedBox3d getSelectionBounds() override;
     void click(Eigen::Vector2i point) override;
 
+    void reloadEffects();
     void syncScene();
     void activateCamera(const std::string& sid);
     void followCamera();
@@ -79,7 +82,7 @@ struct Window::Private : ControlledScene
     const boost::shared_ptr<WindowEvents> events;
     const boost::shared_ptr<FrameCounts> counts = boost::make_shared<FrameCounts>();
     const boost::shared_ptr<LiveRenderTarget> colorRenderTarget = boost::make_shared<LiveRenderTarget>();
-    const boost::shared_ptr<fx::FXPipeline> pipeline = boost::make_shared<Pipeline>();
+    const boost::shared_ptr<Pipeline> pipeline = boost::make_shared<Pipeline>();
     const boost::shared_ptr<logic::CameraInputHandler> inputHandler = boost::make_shared<ViewInputHandler>();
     const boost::shared_ptr<LightSet> lights = boost::make_shared<LightSet>();
     const boost::shared_ptr<WindowScene> renderScene = boost::make_shared<WindowScene>(lights);
@@ -124,6 +127,19 @@ void Window::Private::click(Eigen::Vector2i point)
 {
     const auto hit = pickAt(point);
     events->triggerEvent("ObjectSelected", (hit ? idOf(*hit) : "") + ", Window");
+}
+
+void Window::Private::reloadEffects()
+{
+    const auto library = fx::EffectLibrary::of(sceneManager);
+    for (const std::string& id : library->takeChanged()) {
+        try {
+            library->reload(id);
+            events->triggerEvent("EffectReloaded", id);
+        } catch (const fx::EffectError& error) {
+            fx::showEffectError(*events, error.what());
+        }
+    }
 }
 
 void Window::Private::syncScene()
@@ -235,6 +251,7 @@ void Window::update()
     const WindowEvents::Pending pending = d->events->take();
     d->camera.resize(d->size);
     if (d->sceneManager) {
+        d->reloadEffects();
         d->syncScene();
         if (pending.selection)
             d->selected = d->sceneManager->getNodeByID(*pending.selection);
@@ -262,7 +279,10 @@ void Window::render()
     if (!d->renderer)
         return;
     d->camera.resize(d->size);
-    d->renderer->draw(d->camera.getView(d->getBounds()), d->mirror.get(), *d->lights, d->getSelectedEntry());
+    d->renderer->draw(d->camera.getView(d->getBounds()), d->mirror.get(), *d->lights, d->getSelectedEntry(),
+                      d->pipeline->stages);
+    for (const std::string& error : d->renderer->takeErrors())
+        fx::showEffectError(*d->events, error);
     d->counts->set(d->renderer->getTriangleCount(), d->renderer->getVertexCount());
     d->colorRenderTarget->setTextureID(d->renderer->getColorTexture());
 }

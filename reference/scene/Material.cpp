@@ -1,4 +1,5 @@
 #include "reference/scene/MaterialPrivate.h"
+#include "reference/scene/SceneChanges.h"
 
 namespace halvern::scene {
 
@@ -25,7 +26,12 @@ void setStandardMaterial(Material& material, std::shared_ptr<const StandardMater
         std::lock_guard lock(data.mutex);
         data.values.swap(values); // what was set before is released unlocked
     }
-    data.scenes.mark(SceneChanges::MaterialValues);
+    markMaterialChanged(material);
+}
+
+void markMaterialChanged(const Material& material)
+{
+    Internals::of(material).scenes.mark(SceneChanges::MaterialValues);
 }
 
 std::shared_ptr<const StandardMaterial> getStandardMaterial(const Material& material)

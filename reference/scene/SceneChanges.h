@@ -8,6 +8,7 @@
 
 namespace halvern::scene {
 
+class Material;
 class Node;
 class SceneManager;
 
@@ -57,5 +58,9 @@ public:
 
 /// A new reader of the scene's changes; it collects from now on, until it is destroyed.
 HALVERN_SCENE_API std::shared_ptr<SceneChanges> readChanges(SceneManager& sceneManager);
+
+/// Marks MaterialValues in all scenes that the material is in, for values that are kept outside of it. Any
+/// thread.
+HALVERN_SCENE_API void markMaterialChanged(const Material& material);
 
 } // namespace halvern::scene

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "engine/core/event/EventBase.h"
+
+#include <algorithm>
+#include <string>
+
+namespace halvern::engine::fx {
+
+/// Has the views show what is wrong with an effect.
+inline void showEffectError(core::event::EventBase& sender, std::string message)
+{
+    // A comma would end the text, a line feed the line.
+    std::replace(message.begin(), message.end(), ',', ';');
+    std::replace(message.begin(), message.end(), '\n', ' ');
+    sender.triggerEvent("DisplayMessageAt", message + ", 20, 40");
+}
+
+} // namespace halvern::engine::fx
