@@ -1026,7 +1026,7 @@ void QtView::updateMessageDisplay()
 {
     const std::lock_guard<std::mutex> lock(messageLock);
     for (const auto& [text, position] : incomingMessages)
-        shownMessages.push_back({text.toStdString(), validateMessagePosition(position), 0.0F, FadeIn});
+        shownMessages.push_back({text.toStdString(), freePosition(position), 0.0F, FadeIn});
     incomingMessages.clear();
 
     for (ShownMessage& message : shownMessages)
@@ -1058,17 +1058,23 @@ void QtView::age(ShownMessage& message)
     }
 }
 
-bool QtView::isMessageShownAt(const QPoint& position) const
+bool QtView::isTaken(const QPoint& position) const
 {
-    return std::any_of(shownMessages.begin(), shownMessages.end(),
+    return position.y() < 2000 &&
+           std::any_of(shownMessages.begin(), shownMessages.end(),
                        [&](const ShownMessage& message) { return message.position == position; });
+}
+
+/// Of two messages that were queued at one place, the second moves only now. The search is virtual: it is
+/// asked only where it has something to find.
+QPoint QtView::freePosition(const QPoint& position)
+{
+    return isTaken(position) ? validateMessagePosition(position + QPoint(0, 10)) : position;
 }
 
 QPoint QtView::validateMessagePosition(QPoint position)
 {
-    if (position.y() >= 2000 || !isMessageShownAt(position))
-        return position;
-    return validateMessagePosition(position + QPoint(0, 10));
+    return freePosition(position);
 }
 
 } // namespace halvern::qt

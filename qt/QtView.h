@@ -230,7 +230,8 @@ private:
     void addAnimationActions(QMenu& menu);
 
     static void age(ShownMessage& message);
-    bool isMessageShownAt(const QPoint& position) const;
+    bool isTaken(const QPoint& position) const;
+    QPoint freePosition(const QPoint& position);
 
     std::string viewName;
     boost::shared_ptr<engine::window::Window> window; // written and read under the task lock

@@ -1,18 +1,24 @@
+#include "engine/core/event/EventManager.h"
+#include "tests/qt/PaintRecorder.h"
 #include "tests/qt/ViewProbe.h"
 
+#include <QPaintEvent>
 #include <QPainter>
 #include <QTest>
 #include <QTimer>
 
 #include <boost/lexical_cast.hpp>
+#include <boost/make_shared.hpp>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <set>
 #include <thread>
 
 using namespace halvern::test;
+using halvern::core::event::EventManager;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -58,6 +64,16 @@ public:
         return levels.size() == 1 ? levels.front() : -1;
     }
 
+    /// Opacity of the only message.
+    int alpha()
+    {
+        PaintRecorder recorder;
+        QPainter painter(&recorder);
+        QPaintEvent event(rect());
+        QtView::drawMessageAtPosition(painter, &event, QPoint(1, 1), "a", level());
+        return recorder.painted.texts.at(0).pen.alpha();
+    }
+
 private:
     std::vector<std::string> drawn;
     std::vector<float> levels;
@@ -68,7 +84,45 @@ class QtViewMessagesTest : public testing::Test
 protected:
     QtViewMessagesTest() { showView(view); }
 
+    static constexpr int Count = 5000;
+
+    /// Sends every text once, from two threads, while the view is shown and ages them.
+    template <class Send>
+    void sendWhileShown(Send send)
+    {
+        std::atomic<int> running{2};
+        std::vector<std::thread> senders;
+        for (int sender = 0; sender < 2; ++sender)
+            senders.emplace_back([&, sender] {
+                for (int i = 0; i < Count; ++i)
+                    send("m" + std::to_string(sender * Count + i) + ", " + std::to_string(i % 50) + ", " +
+                         std::to_string(1900 + sender));
+                --running;
+            });
+        while (running > 0)
+            see();
+        for (auto& sender : senders)
+            sender.join();
+    }
+
+    /// One step and one frame. A message is there for 71 of them.
+    void see()
+    {
+        view.step();
+        for (const std::string& message : view.draw())
+            seen.insert(message.substr(0, message.find(' ')));
+    }
+
+    void expectAllWereSeenAndAreGone()
+    {
+        see();
+        EXPECT_EQ(seen.size(), 2u * Count);
+        view.step(71);
+        EXPECT_THAT(view.draw(), IsEmpty());
+    }
+
     MessageView view;
+    std::set<std::string> seen;
 };
 
 } // namespace
@@ -217,36 +271,53 @@ TEST_F(QtViewMessagesTest, TheTimerTakesTheSteps)
     EXPECT_TRUE(waitFor([&] { return view.validateMessagePosition(QPoint(1, 1)) != QPoint(1, 1); }));
 }
 
-TEST_F(QtViewMessagesTest, AnOverriddenPlacementIsUsed)
+TEST_F(QtViewMessagesTest, AlphaIsFullFromStepFiveToStepSixtySix)
+{
+    view.send("a, 1, 1");
+    view.step(4);
+    EXPECT_EQ(view.alpha(), 204);
+    for (int i = 5; i <= 66; ++i) {
+        view.step();
+        EXPECT_EQ(view.alpha(), 255) << i;
+    }
+    for (int i = 67; i <= 71; ++i) {
+        view.step();
+        EXPECT_NEAR(view.alpha(), 255 * (0.9 - 0.2 * (i - 67)), 1) << i;
+    }
+}
+
+TEST_F(QtViewMessagesTest, AnOverriddenPlacementIsAskedForEveryMessageAndForCollisionsOnly)
 {
     struct Overriding : MessageView
     {
-        QPoint validateMessagePosition(QPoint position) override { return position + QPoint(1, 2); }
+        QPoint validateMessagePosition(QPoint position) override
+        {
+            asked.push_back(position);
+            return position + QPoint(1, 2);
+        }
+        std::vector<QPoint> asked;
     };
     Overriding overriding;
     showView(overriding);
     overriding.send("a, 10, 10");
+    overriding.send("b, 10, 10");
+    EXPECT_THAT(overriding.asked, ElementsAre(QPoint(10, 10), QPoint(10, 10)));
     overriding.step();
-    EXPECT_THAT(overriding.draw(), ElementsAre("a 12 14")); // once when queued, once when shown
+    EXPECT_THAT(overriding.asked, ElementsAre(QPoint(10, 10), QPoint(10, 10), QPoint(11, 22)));
+    EXPECT_THAT(overriding.draw(), ElementsAre("a 11 12", "b 12 24"));
 }
 
-TEST_F(QtViewMessagesTest, MessagesMayComeFromManyThreadsWhileShown)
+TEST_F(QtViewMessagesTest, MessagesOfTwoThreadsAreAllSeenAndForgotten)
 {
-    constexpr int Count = 5000;
-    std::atomic<int> running{2};
-    std::vector<std::thread> senders;
-    for (int sender = 0; sender < 2; ++sender)
-        senders.emplace_back([&, sender] {
-            for (int i = 0; i < Count; ++i)
-                view.send("text, " + std::to_string(i) + ", " + std::to_string(2000 + sender));
-            --running;
-        });
-    while (running > 0) {
-        view.step();
-        view.draw();
-    }
-    for (auto& sender : senders)
-        sender.join();
-    view.step(72);
-    EXPECT_THAT(view.draw(), IsEmpty());
+    sendWhileShown([this](const std::string& data) { view.send(data); });
+    expectAllWereSeenAndAreGone();
+}
+
+TEST_F(QtViewMessagesTest, EventsOfTwoThreadsAreAllSeenAndForgotten)
+{
+    const auto manager = boost::make_shared<EventManager>(false);
+    view.setEventManager(manager);
+    sendWhileShown([&](const std::string& data) { manager->triggerEvent("DisplayMessageAt", data); });
+    manager->waitUntilIdle();
+    expectAllWereSeenAndAreGone();
 }
