@@ -112,4 +112,49 @@ private:
     Calls& calls;
 };
 
+/// A scene of one node whose animations are what its members say.
+class FakeAnimationScene : public scene::SceneManager
+{
+public:
+    explicit FakeAnimationScene(Calls& calls) :
+        SceneManager(nullptr), animations(boost::make_shared<FakeAnimationManager>(calls)), calls(calls)
+    {}
+
+    boost::shared_ptr<scene::AnimationManager> getAnimationManager() override { return animations; }
+    std::vector<boost::shared_ptr<scene::Node>> getNodeArray() override { return nodes; }
+    std::vector<boost::shared_ptr<scene::Animation>> getAnimationsLibrary() override { return library; }
+    void addAnimation(boost::shared_ptr<scene::Animation> animation) override
+    {
+        calls.add("addAnimation", animation->getID(), animation->getTimeRange());
+        library.push_back(std::move(animation));
+    }
+    void removeAnimation(unsigned int index) override
+    {
+        calls.add("removeAnimation", index);
+        if (index < library.size())
+            library.erase(library.begin() + index);
+    }
+    void removeAllAnimations() override
+    {
+        calls.add("removeAllAnimations");
+        library.clear();
+    }
+
+    /// Puts an animation into the library.
+    boost::shared_ptr<FakeAnimation> put(const std::string& id, int timeRange = 10000)
+    {
+        const auto animation = boost::make_shared<FakeAnimation>(calls, id);
+        animation->timeRange = timeRange;
+        library.push_back(animation);
+        return animation;
+    }
+
+    boost::shared_ptr<FakeAnimationManager> animations;
+    std::vector<boost::shared_ptr<scene::Animation>> library;
+    std::vector<boost::shared_ptr<scene::Node>> nodes{boost::make_shared<scene::Node>("node", "")};
+
+private:
+    Calls& calls;
+};
+
 } // namespace halvern::test
