@@ -195,12 +195,14 @@ TEST_F(SceneControllerTest, AControllerMayUseTheManagerWhenItIsHandedOver)
             newManager->update();
             newManager->getRoot()->addChildNode(makeNode(newManager->generateID()));
         }
-        bool update() override { return false; }
+        bool update() override { return (updated = true); }
         bool found = false;
+        bool updated = false;
     };
     const auto eager = boost::make_shared<Eager>();
     manager->addSceneController(eager);
     EXPECT_TRUE(eager->found);
+    EXPECT_FALSE(eager->updated) << "before it is entered";
     EXPECT_EQ(manager->getRoot()->getChildCount(), 1u);
 }
 
