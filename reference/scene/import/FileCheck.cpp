@@ -46,8 +46,11 @@ void checkFile(const std::string& fileName)
         throw ImportError(fileName + ": no such file");
     if (fs::is_directory(status))
         throw ImportError(fileName + ": is a folder");
+    // Before it is opened: a pipe would wait for its writer.
+    if (!fs::is_regular_file(status))
+        throw ImportError(fileName + ": is a device or a pipe, not a file");
     std::ifstream stream(fileName, std::ios::binary);
-    if (!fs::is_regular_file(status) || !stream)
+    if (!stream)
         throw ImportError(fileName + ": cannot be read");
     const uintmax_t size = fs::file_size(fileName, ignored);
     if (size == 0)
