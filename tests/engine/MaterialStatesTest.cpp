@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <memory>
+#include <optional>
 #include <vector>
 
 using namespace halvern;
@@ -89,6 +90,28 @@ TEST(MaterialStatesTest, AMapMultipliesItsFactor)
         values.baseColorMap = rows({QColor(255, 255, 0)});
     });
     EXPECT_EQ(pixel(image, 0, 0), QColor(0, 255, 0));
+}
+
+TEST(MaterialStatesTest, ANewMapIsShownThoughItLiesWhereAnOldOneLay)
+{
+    Shown shown;
+    const auto setMap = [&](std::shared_ptr<const scene::Image> map) {
+        changeMaterial(*shown.material, [&](auto& values) { values.baseColorMap = std::move(map); });
+    };
+    std::optional<scene::Image> place;
+    const auto put = [&](const QColor& color) -> std::shared_ptr<const scene::Image> {
+        if (place)
+            return rows({color}); // somebody still holds the old map
+        place = *rows({color});
+        return std::shared_ptr<const scene::Image>(&*place, [&](auto*) { place.reset(); });
+    };
+    for (int i = 0; i < 10; ++i) {
+        const QColor color = QColor::fromHsv(i * 36, 255, 255);
+        setMap(put(color));
+        EXPECT_TRUE(isNear(shown.draw(0, 0), color)) << i;
+        setMap({});
+        shown.window->update();
+    }
 }
 
 TEST(MaterialStatesTest, BrokenMapsCountAsWhite)
