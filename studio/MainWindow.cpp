@@ -36,6 +36,14 @@ QString describe(const scene::ImportCounts& counts)
         .arg(english.toString(counts.nodes), english.toString(qulonglong(counts.triangles)));
 }
 
+QString modelFilter()
+{
+    QStringList patterns;
+    for (const std::string& extension : scene::importExtensions())
+        patterns.append("*." + QString::fromStdString(extension));
+    return MainWindow::tr("Models (%1)").arg(patterns.join(' '));
+}
+
 } // namespace
 
 MainWindow::MainWindow(SceneLoader* newLoader, bool newRemembers) : loader(newLoader), remembers(newRemembers)
@@ -151,6 +159,8 @@ void MainWindow::chooseFile()
     auto* dialog = new QFileDialog(this, tr("Open a model"));
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setOption(QFileDialog::HideNameFilterDetails); // there are dozens of extensions
+    dialog->setNameFilters({modelFilter(), tr("All files (*)")});
     connect(dialog, &QFileDialog::fileSelected, loader, &SceneLoader::load);
     dialog->open();
 }

@@ -13,6 +13,9 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
+#include <set>
+#include <sstream>
+
 namespace halvern::scene {
 
 namespace {
@@ -93,6 +96,17 @@ ImportedScene importScene(const std::string& fileName, const ImportOptions& opti
     ImportedScene result;
     runOnDeepStack([&] { result = read(fileName, options); });
     return result;
+}
+
+std::vector<std::string> importExtensions()
+{
+    std::string list;
+    Assimp::Importer().GetExtensionList(list); // "*.3d;*.3ds;..."
+    std::set<std::string> extensions;
+    std::istringstream pieces(list);
+    for (std::string piece; std::getline(pieces, piece, ';');)
+        extensions.insert(piece.substr(piece.rfind('.') + 1));
+    return {extensions.begin(), extensions.end()};
 }
 
 } // namespace halvern::scene

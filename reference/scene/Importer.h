@@ -67,4 +67,7 @@ struct ImportedScene
 /// Throws ImportError, ImportCancelled.
 HALVERN_SCENE_API ImportedScene importScene(const std::string& fileName, const ImportOptions& options);
 
+/// The file extensions that importScene knows, lower case, without the dot, sorted.
+HALVERN_SCENE_API std::vector<std::string> importExtensions();
+
 } // namespace halvern::scene

@@ -7,11 +7,13 @@
 
 #include <QAction>
 #include <QCoreApplication>
+#include <QFileDialog>
 #include <QLabel>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QStatusBar>
 #include <QTemporaryDir>
 
@@ -191,6 +193,22 @@ TEST_F(MainWindowTest, TheMenusHaveTheirActions)
             actions.append(action->text());
     for (const char* text : {"&Open...", "&Quit", "&About Halvern Studio"})
         EXPECT_TRUE(actions.contains(text)) << text;
+}
+
+TEST_F(MainWindowTest, OpenOffersTheModelsThatCanBeReadFirst)
+{
+    window.show();
+    window.chooseFile();
+    auto* dialog = window.findChild<QFileDialog*>();
+    ASSERT_TRUE(dialog);
+    const QStringList filters = dialog->nameFilters();
+    ASSERT_EQ(filters.size(), 2);
+    EXPECT_EQ(dialog->selectedNameFilter(), "Models") << "without the dozens of patterns";
+    EXPECT_TRUE(filters[0].startsWith("Models (*.")) << filters[0].toStdString();
+    for (const char* pattern : {"*.3ds", "*.dae", "*.fbx", "*.glb", "*.gltf", "*.ifc", "*.obj"})
+        EXPECT_TRUE(filters[0].split(QRegularExpression("[ ()]")).contains(pattern)) << pattern;
+    EXPECT_EQ(filters[1], "All files (*)");
+    dialog->reject();
 }
 
 TEST_F(MainWindowTest, DialogsDoNotBlock)
