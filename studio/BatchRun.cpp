@@ -9,12 +9,19 @@
 
 #include <QCoreApplication>
 
+#include <cerrno>
+
 namespace halvern::studio {
 
 namespace {
 
 /// Frames before a screenshot of a studio that goes on running.
 const int SettlingFrames = 3;
+
+void complain(const QString& what, const QString& error)
+{
+    printLine(stderr, QString("halvern-studio: cannot write %1: %2").arg(what, error).toUtf8());
+}
 
 } // namespace
 
@@ -31,6 +38,7 @@ void BatchRun::start(const LoadedScene& loaded)
     report.counts = loaded.scene.counts;
     report.loadMilliseconds = loaded.milliseconds;
 
+    timer.start();
     FrameDriver* driver = window->getFrameDriver();
     driver->forgetFrame();
     driver->setContinuous(true);
@@ -39,11 +47,8 @@ void BatchRun::start(const LoadedScene& loaded)
 
 void BatchRun::count()
 {
-    if (!timer.isValid()) {
+    if (report.frameMilliseconds.empty())
         report.firstFrameMilliseconds = millisecondsSinceProcessStart();
-        timer.start();
-        return;
-    }
     report.frameMilliseconds.push_back(timer.nsecsElapsed() / 1e6);
     timer.start();
     const int wanted = options.frames > 0 ? options.frames : SettlingFrames;
@@ -51,15 +56,16 @@ void BatchRun::count()
         return;
     window->getFrameDriver()->setContinuous(false);
     disconnect(window->getFrameDriver(), nullptr, this, nullptr);
+    // The first frame sets the scene up; its time stands only where no other follows.
+    if (report.frameMilliseconds.size() > 1)
+        report.frameMilliseconds.erase(report.frameMilliseconds.begin());
     finish();
 }
 
 void BatchRun::finish()
 {
-    if (!saveScreenshots())
+    if (!saveScreenshots() || !printReport())
         return QCoreApplication::exit(ExitFile);
-    if (options.json)
-        printLine(output, toJson(report));
     if (options.frames == 0)
         return;
     // Requests that wait already would make one more frame.
@@ -72,12 +78,21 @@ bool BatchRun::saveScreenshots() const
     const std::pair<const QWidget*, QString> wanted[] = {{window, options.screenshot},
                                                          {window->getView(), options.viewScreenshot}};
     for (const auto& [widget, file] : wanted) {
-        if (file.isEmpty() || saveScreenshot(*widget, file))
+        const QString error = file.isEmpty() ? QString() : saveScreenshot(*widget, file);
+        if (error.isEmpty())
             continue;
-        printLine(stderr, "halvern-studio: cannot write " + file.toUtf8());
+        complain(file, error);
         return false;
     }
     return true;
+}
+
+bool BatchRun::printReport() const
+{
+    if (!options.json || printLine(output, toJson(report)))
+        return true;
+    complain("the report", qt_error_string(errno));
+    return false;
 }
 
 } // namespace halvern::studio

@@ -28,6 +28,7 @@ private slots:
 private:
     void finish();
     bool saveScreenshots() const;
+    bool printReport() const;
 
     const Options options;
     MainWindow* const window;

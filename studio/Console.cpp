@@ -4,10 +4,9 @@
 
 namespace halvern::studio {
 
-void printLine(std::FILE* stream, const QByteArray& text)
+bool printLine(std::FILE* stream, const QByteArray& text)
 {
-    std::fprintf(stream, "%s\n", text.constData());
-    std::fflush(stream);
+    return std::fprintf(stream, "%s\n", text.constData()) >= 0 && std::fflush(stream) == 0;
 }
 
 std::FILE* claimOutput()

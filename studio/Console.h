@@ -14,7 +14,8 @@ enum ExitCode {
     ExitUsage = 64
 };
 
-void printLine(std::FILE* stream, const QByteArray& text);
+/// False, with errno, when the line cannot be written.
+bool printLine(std::FILE* stream, const QByteArray& text);
 
 /// The standard output for the caller alone: from now on, what the libraries print there (OpenSceneGraph its
 /// notices) goes to the standard error.

@@ -7,7 +7,7 @@ class QWidget;
 namespace halvern::studio {
 
 /// Saves a widget as it is on screen, what other programs draw over it left out, as PNG whatever the
-/// file's name. False when the file cannot be written.
-bool saveScreenshot(const QWidget& widget, const QString& fileName);
+/// file's name. Returns why the file cannot be written; empty when it is.
+QString saveScreenshot(const QWidget& widget, const QString& fileName);
 
 } // namespace halvern::studio

@@ -49,6 +49,13 @@ int fail(const QString& message, ExitCode code)
     return code;
 }
 
+/// Ends the process without tearing down what its end frees as well.
+[[noreturn]] void leave(int code)
+{
+    std::fflush(nullptr);
+    std::_Exit(code);
+}
+
 int run(const Options& options, SceneLoader& loader, std::FILE* output)
 {
     MainWindow window(&loader, !options.isBatch());
@@ -63,7 +70,10 @@ int run(const Options& options, SceneLoader& loader, std::FILE* output)
     window.show();
     if (!window.getView()->isValid())
         return fail("this display has no OpenGL", ExitNoOpenGL);
-    return QApplication::exec();
+    const int code = QApplication::exec();
+    if (options.isBatch())
+        leave(code);
+    return code;
 }
 
 } // namespace
@@ -91,10 +101,8 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationVersion(Version);
     QApplication application(argc, argv);
     const int code = run(options, loader, output);
-    if (!loader.stop(std::chrono::milliseconds(100))) {
-        // An importer that does not notice the end must not hold it up, nor run into torn down statics.
-        std::fflush(nullptr);
-        std::_Exit(code);
-    }
+    // An importer that does not notice the end must not hold it up, nor run into torn down statics.
+    if (!loader.stop(std::chrono::milliseconds(100)))
+        leave(code);
     return code;
 }
