@@ -12,6 +12,16 @@
 
 namespace halvern::studio {
 
+namespace {
+
+bool isSeen(const QTreeWidgetItem& item)
+{
+    const QTreeWidgetItem* parent = item.parent();
+    return !item.isHidden() && (!parent || (parent->isExpanded() && isSeen(*parent)));
+}
+
+} // namespace
+
 TreeFilter::TreeFilter(QTreeWidget* newTree, QWidget* parent) :
     QWidget(parent), tree(newTree), line(new QLineEdit), count(new QLabel)
 {
@@ -27,11 +37,10 @@ TreeFilter::TreeFilter(QTreeWidget* newTree, QWidget* parent) :
     connect(line, &QLineEdit::textChanged, this, &TreeFilter::schedule);
     connect(tree->model(), &QAbstractItemModel::rowsInserted, this, &TreeFilter::schedule);
     connect(tree->model(), &QAbstractItemModel::modelReset, this, &TreeFilter::schedule);
-    connect(tree->model(), &QAbstractItemModel::modelAboutToBeReset, this, [this] { unfolded.clear(); });
-    connect(tree->model(), &QAbstractItemModel::rowsAboutToBeRemoved, this, [this] { unfolded.clear(); });
+    connect(tree->model(), &QAbstractItemModel::modelAboutToBeReset, this, &TreeFilter::forget);
+    connect(tree->model(), &QAbstractItemModel::rowsAboutToBeRemoved, this, &TreeFilter::forget);
     // Not the tree's own signal: who selects by program may block that.
-    connect(tree->selectionModel(), &QItemSelectionModel::currentChanged, this,
-            [this] { reveal(tree->currentItem()); });
+    connect(tree->selectionModel(), &QItemSelectionModel::currentChanged, this, &TreeFilter::keepCurrent);
 }
 
 void TreeFilter::begin()
@@ -71,30 +80,31 @@ void TreeFilter::apply()
     matchCount = rowCount = 0;
     for (int i = 0; i < tree->topLevelItemCount(); ++i)
         collect(tree->topLevelItem(i));
-    show(std::exchange(rows, {}));
+    showRows(std::exchange(rows, {}));
     count->setText(tr("%1 of %2").arg(matchCount).arg(rowCount));
-    if (filtering)
-        return;
-    foldAgain();
-    if (QTreeWidgetItem* current = tree->currentItem())
-        tree->scrollToItem(current);
+    if (!filtering)
+        foldAgain();
+    if (!filtering || kept)
+        tree->scrollToItem(tree->currentItem());
+    kept = nullptr;
 }
 
-/// Whether a row matches here or below.
+/// Whether a row is to be seen here or below.
 bool TreeFilter::collect(QTreeWidgetItem* item)
 {
     const bool isMatch = matches(*item);
+    const bool isWanted = isMatch || item == kept;
     matchCount += isMatch;
     ++rowCount;
     const std::size_t place = rows.size();
     rows.push_back({item, true, false});
-    bool aboveMatch = false;
+    bool aboveWanted = false;
     for (int i = 0; i < item->childCount(); ++i)
-        aboveMatch |= collect(item->child(i));
-    if (!isMatch && !aboveMatch)
+        aboveWanted |= collect(item->child(i));
+    if (!isWanted && !aboveWanted)
         rows.resize(place + 1); // what is below a hidden row is not seen anyway
-    rows[place] = {item, isMatch || aboveMatch, aboveMatch};
-    return isMatch || aboveMatch;
+    rows[place] = {item, isWanted || aboveWanted, aboveWanted};
+    return rows[place].shown;
 }
 
 bool TreeFilter::matches(const QTreeWidgetItem& item) const
@@ -104,12 +114,12 @@ bool TreeFilter::matches(const QTreeWidgetItem& item) const
                        [&text](const QStringMatcher& word) { return word.indexIn(text) >= 0; });
 }
 
-void TreeFilter::show(const std::vector<Row>& newRows)
+void TreeFilter::showRows(const std::vector<Row>& newRows)
 {
     for (const Row& row : newRows) {
         if (row.item->isHidden() == row.shown)
             row.item->setHidden(!row.shown);
-        if (filtering && row.aboveMatch)
+        if (filtering && row.aboveWanted)
             unfold(row.item);
     }
 }
@@ -128,16 +138,19 @@ void TreeFilter::foldAgain()
         item->setExpanded(false);
 }
 
-void TreeFilter::reveal(QTreeWidgetItem* item)
+void TreeFilter::keepCurrent()
 {
-    if (!item || !filtering || scheduled)
+    QTreeWidgetItem* current = tree->currentItem();
+    if (!filtering || !current || isSeen(*current))
         return;
-    for (; item; item = item->parent()) {
-        item->setHidden(false);
-        if (item->parent())
-            unfold(item->parent());
-    }
-    tree->scrollToItem(tree->currentItem());
+    kept = current;
+    schedule();
+}
+
+void TreeFilter::forget()
+{
+    kept = nullptr;
+    unfolded.clear();
 }
 
 } // namespace halvern::studio

@@ -36,17 +36,18 @@ private:
     {
         QTreeWidgetItem* item;
         bool shown;
-        bool aboveMatch;
+        bool aboveWanted;
     };
 
     void schedule();
     void apply();
     bool collect(QTreeWidgetItem* item);
     bool matches(const QTreeWidgetItem& item) const;
-    void show(const std::vector<Row>& rows);
+    void showRows(const std::vector<Row>& rows);
     void unfold(QTreeWidgetItem* item);
     void foldAgain();
-    void reveal(QTreeWidgetItem* item);
+    void keepCurrent();
+    void forget();
 
     QTreeWidget* const tree;
     QLineEdit* line;
@@ -59,6 +60,7 @@ private:
     int matchCount = 0;
     int rowCount = 0;
     std::vector<QTreeWidgetItem*> unfolded;
+    QTreeWidgetItem* kept = nullptr; ///< shown in the next run, matching or not
 };
 
 } // namespace halvern::studio
