@@ -305,7 +305,7 @@ void Window::attach(boost::shared_ptr<scene::SceneManager> sceneManager)
 void Window::setEventManager(boost::shared_ptr<core::event::EventManager> eventManager)
 {
     d->events->setEventManager(eventManager);
-    if (d->fxManager && eventManager)
+    if (d->fxManager)
         d->makeFXManager();
 }
 

@@ -192,6 +192,17 @@ TEST(WindowTest, ListensToTheManagerItIsGiven)
     EXPECT_EQ(scene.events->getCount("SyncScene"), 1u);
 }
 
+TEST(WindowTest, LetsGoOfTheManagerThatIsTakenAway)
+{
+    const auto events = boost::make_shared<SynchronousEventManager>();
+    Window window(events, "window");
+    window.init();
+    window.setEventManager({});
+    EXPECT_EQ(events.use_count(), 1);
+    window.setEventManager(events);
+    EXPECT_GT(events.use_count(), 1);
+}
+
 TEST(WindowTest, KeepsTheLayoutItIsGiven)
 {
     Window window({}, "window");
