@@ -38,6 +38,8 @@ void BatchRun::start(const LoadedScene& loaded)
     report.counts = loaded.scene.counts;
     report.loadMilliseconds = loaded.milliseconds;
 
+    if (!options.screenshot.isEmpty())
+        window->fillDocks();
     timer.start();
     FrameDriver* driver = window->getFrameDriver();
     driver->forgetFrame();

@@ -191,6 +191,11 @@ void MainWindow::showStatistics(bool shown)
     statistics->setChecked(shown);
 }
 
+void MainWindow::fillDocks()
+{
+    sceneDock->fill();
+}
+
 void MainWindow::about()
 {
     auto* box = new QMessageBox(QMessageBox::NoIcon, tr("About Halvern Studio"),

@@ -35,6 +35,9 @@ public:
 
     void showStatistics(bool shown);
 
+    /// Shows at once what otherwise waits for the first frame of a scene.
+    void fillDocks();
+
     /// Shows the picture in the corner of the view; a message tells why it cannot be read.
     void setLogo(const QString& file);
 
