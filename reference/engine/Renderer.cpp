@@ -208,9 +208,13 @@ bool Renderer::addSurfaces(const View& view, const SceneMirror& mirror)
         const double behind = axis.cwiseAbs().dot(surface.bounds.sizes() / 2);
         const osg::Matrixd modelView = toOsgMatrix(toEye.matrix());
         DrawPass& drawPass = surface.postRender ? postPass : mainPass;
-        for (const MaterialState::Pass& pass : surface.look->passes)
-            drawPass.add(surface.geometry, modelView, pass.blended ? depth : depth + behind,
+        // Passes over one surface stay in their order, though what is blended is sorted.
+        double order = 1;
+        for (const MaterialState::Pass& pass : surface.look->passes) {
+            drawPass.add(surface.geometry, modelView, (pass.blended ? depth : depth + behind) * order,
                          programs.get(pass.code, surface.features), pass.state.get());
+            order -= 1e-6;
+        }
         hasPost |= surface.postRender;
         triangles += surface.geometry->triangleCount();
         vertices += surface.geometry->vertexCount();
