@@ -8,7 +8,10 @@ namespace halvern::scene {
 
 namespace {
 
-constexpr float SameTime = 0.001f; // seconds
+constexpr float SameTime = 0.0005f; // seconds
+
+// Whole milliseconds, cut off, name a keyframe that is to go; a float of many seconds is not quite exact.
+constexpr float Reach = 0.00105f;
 
 Eigen::Vector3f between(const Eigen::Vector3f& first, const Eigen::Vector3f& second, float share)
 {
@@ -107,7 +110,7 @@ void AnimationKeys::record(float seconds, const Poses& now, const Poses& before)
     std::set<std::string> known;
     for (const AnimationChannel& channel : channels)
         known.insert(channel.nodeID);
-    remove(seconds);
+    clear(seconds);
     const std::vector<float> others = times();
     for (const auto& [id, pose] : now) {
         const auto old = before.find(id);
@@ -134,6 +137,17 @@ void AnimationKeys::add(const std::string& nodeID, const Pose& pose, const std::
 }
 
 void AnimationKeys::remove(float seconds)
+{
+    const std::vector<float> all = times();
+    const auto distance = [seconds](float time) { return std::abs(time - seconds); };
+    const auto nearest = std::min_element(all.begin(), all.end(), [&](float first, float second) {
+        return distance(first) < distance(second);
+    });
+    if (nearest != all.end() && distance(*nearest) <= Reach)
+        clear(*nearest);
+}
+
+void AnimationKeys::clear(float seconds)
 {
     removeAt(recorded, seconds);
     for (AnimationChannel& channel : channels) {

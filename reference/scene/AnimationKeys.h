@@ -31,8 +31,8 @@ struct AnimationChannel
     Pose sample(float seconds) const;
 };
 
-/// What an animation does to which node when. Times are seconds; two that are less than a millisecond
-/// apart are the same, because they travel as whole milliseconds.
+/// What an animation does to which node when. Times are seconds; two that are less than half a millisecond
+/// apart are the same.
 class AnimationKeys
 {
 public:
@@ -53,9 +53,13 @@ public:
     /// Gives a node without keys a key of the pose at each of the times.
     void add(const std::string& nodeID, const Pose& pose, const std::vector<float>& seconds);
 
+    /// Takes the keyframe out that is nearest to the time, if one is within a millisecond.
     void remove(float seconds);
 
 private:
+    /// Removes the keys of that very time.
+    void clear(float seconds);
+
     std::set<float> recorded; // keyframes count even if they hold no node's key
 };
 

@@ -36,13 +36,17 @@ Pose poseOf(const Node& node)
     return {node.getTranslation().translation(), Eigen::Quaternionf(rotation).normalized(), node.getScale()};
 }
 
+/// Sets what is not so already: what stands still is not announced.
 void move(Node& node, const Pose& pose)
 {
-    if (pose.translation)
+    if (pose.translation && node.getTranslation().translation() != *pose.translation)
         node.setTranslation(Eigen::Translation3f(*pose.translation));
-    if (pose.rotation)
-        node.setRotation(Eigen::Affine3f(*pose.rotation));
-    if (pose.scale)
+    if (pose.rotation) {
+        const Eigen::Affine3f rotation(*pose.rotation);
+        if (node.getRotation() != rotation.matrix())
+            node.setRotation(rotation);
+    }
+    if (pose.scale && node.getScale() != *pose.scale)
         node.setScale(*pose.scale);
 }
 
@@ -119,7 +123,7 @@ bool AnimationManager::Private::advanceTime(const time_duration& elapsed, const 
 
     glide->elapsed += elapsed;
     const double share = std::min(1.0, double(toSeconds(glide->elapsed) / toSeconds(GlideTime)));
-    const double eased = share * share * (3 - 2 * share);
+    const double eased = 1 - std::pow(1 - share, 3); // fast at first: a moving target is followed closely
     const auto distance = static_cast<double>((glide->to - glide->from).total_microseconds());
     time = glide->from + microseconds(std::llround(distance * eased));
     if (share == 1)

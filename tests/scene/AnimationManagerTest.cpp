@@ -10,9 +10,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <thread>
 
 namespace {
 
@@ -152,6 +154,28 @@ TEST_F(AnimationManagerTest, AKeyframeIsRemovedAtItsTimeInWholeMilliseconds)
     EXPECT_EQ(animations->getFrameTimes(), (Times{0.04f}));
 }
 
+TEST_F(AnimationManagerTest, KeyframesAMillisecondApartAreTwo)
+{
+    const auto animation = makeAnimation();
+    animations->setAnimation(animation);
+    for (const float time : {0.010f, 0.011f, 0.012f})
+        animations->insertKeyframe(time);
+    animations->removeKeyFrame(animation, 0.011f);
+    EXPECT_EQ(animations->getFrameTimes(), (Times{0.010f, 0.012f}));
+}
+
+TEST_F(AnimationManagerTest, AKeyframeIsRemovedAtTheMillisecondThatItsFloatIsCutOffTo)
+{
+    const auto animation = makeAnimation();
+    animations->setAnimation(animation);
+    for (int time = 1; time <= 150000; time += 499) {
+        const auto inserted = static_cast<float>(time) / 1000;
+        animations->insertKeyframe(inserted);
+        animations->removeKeyFrame(animation, static_cast<float>(static_cast<int>(inserted * 1000)) / 1000);
+        ASSERT_TRUE(animations->getFrameTimes().empty()) << time;
+    }
+}
+
 TEST_F(AnimationManagerTest, SetTimeJumpsAndMovesTheNodesInTheNextCycle)
 {
     recordMove();
@@ -250,6 +274,20 @@ TEST_F(AnimationManagerTest, ATargetIsReachedSmoothlyWhilePaused)
     EXPECT_EQ(a->getTranslation().x(), 10);
 }
 
+TEST_F(AnimationManagerTest, ATargetThatKeepsMovingIsFollowed)
+{
+    recordMove()->setTimeRange(100000);
+    int target = 0;
+    EXPECT_TRUE(updateUntil([&] {
+        animations->setTimeTarget(milliseconds(++target));
+        const auto cycle = Clock::now() + std::chrono::milliseconds(10);
+        while (Clock::now() < cycle)
+            manager->update();
+        return target == 60;
+    }));
+    EXPECT_GT(animations->getCurrentTime(), milliseconds(20));
+}
+
 TEST_F(AnimationManagerTest, ATargetIsAJumpWhilePlaying)
 {
     recordMove()->setTimeRange(60000);
@@ -277,6 +315,76 @@ TEST_F(AnimationManagerTest, TheActiveCameraJoinsTheAnimation)
     animations->addAnimationCamera();
     place(*b, 4);
     EXPECT_EQ(placeAt(*b, seconds(1)), 0);
+}
+
+TEST_F(AnimationManagerTest, ANodeThatMovesIsAnnouncedOnceACycle)
+{
+    recordMove()->setTimeRange(60000);
+    manager->update();
+    const auto events = boost::make_shared<SynchronousEventManager>();
+    manager->setEventManager(events);
+    const auto takeMoved = [&] {
+        auto moved = events->getData("NodeTransformationUpdate");
+        events->clear();
+        return moved;
+    };
+    for (int i = 1; i <= 5; ++i) {
+        animations->setTime(milliseconds(i));
+        animations->setTime(milliseconds(100 * i));
+        manager->update();
+        EXPECT_EQ(takeMoved(), std::vector<std::string>{"a"});
+    }
+    manager->update();
+    EXPECT_TRUE(takeMoved().empty());
+
+    animations->resume();
+    for (int i = 0; i < 100; ++i) {
+        manager->update();
+        EXPECT_LE(takeMoved().size(), 1u);
+    }
+}
+
+TEST_F(AnimationManagerTest, ANodeThatStandsStillIsNotAnnounced)
+{
+    recordMove()->setTimeRange(60000);
+    a->setRotation(Eigen::Affine3f(Eigen::AngleAxisf(1, Eigen::Vector3f(1, 2, 3).normalized())));
+    animations->insertKeyframe(2);
+    animations->insertKeyframe(3);
+    animations->setTime(seconds(2));
+    manager->update();
+    const auto events = boost::make_shared<SynchronousEventManager>();
+    manager->setEventManager(events);
+    animations->setTime(milliseconds(2500));
+    manager->update();
+    EXPECT_TRUE(events->getData("NodeTransformationUpdate").empty());
+}
+
+TEST_F(AnimationManagerTest, PlaybackRunsOnTheSceneThread)
+{
+    struct WatchedNode : Node
+    {
+        using Node::Node;
+        void setTranslation(Eigen::Translation3f translation) override
+        {
+            movedBy = std::this_thread::get_id();
+            Node::setTranslation(translation);
+        }
+        std::atomic<std::thread::id> movedBy{std::thread::id()};
+    };
+    const auto watched = boost::make_shared<WatchedNode>("watched", "");
+    a->addChildNode(watched);
+    recordMove();
+    place(*watched, 1);
+    animations->insertKeyframe(2);
+    watched->movedBy = std::thread::id();
+    manager->start();
+    animations->resume();
+    const auto deadline = Clock::now() + std::chrono::seconds(20);
+    while (watched->movedBy.load() == std::thread::id() && Clock::now() < deadline)
+        std::this_thread::yield();
+    manager->stop();
+    EXPECT_NE(watched->movedBy.load(), std::thread::id());
+    EXPECT_NE(watched->movedBy.load(), std::this_thread::get_id());
 }
 
 TEST_F(AnimationManagerTest, AnAnimationOfAFileIsPlayed)

@@ -68,7 +68,7 @@ public:
     /// The index of an accessor of floats; type "VEC3", "SCALAR", ...
     int floats(const std::string& type, const std::vector<float>& values)
     {
-        const size_t width = type == "SCALAR" ? 1 : size_t(type.back() - '0');
+        const size_t width = type == "SCALAR" ? 1 : type == "MAT4" ? 16 : size_t(type.back() - '0');
         return accessor(bytesOf(values), 5126, values.size() / width, type);
     }
 
@@ -76,6 +76,13 @@ public:
     {
         return accessor({reinterpret_cast<const char*>(values.data()), values.size() * 4}, 5125,
                         values.size(), "SCALAR");
+    }
+
+    /// The index of an accessor of vectors of four, as skins name their joints.
+    int joints(const std::vector<uint16_t>& values)
+    {
+        return accessor({reinterpret_cast<const char*>(values.data()), values.size() * 2}, 5123,
+                        values.size() / 4, "VEC4");
     }
 
     /// The index of a mesh of the triangle (0, 0, 0), (1, 0, 0), (0, 1, 0), its texture coordinates the same.
