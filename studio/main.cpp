@@ -72,7 +72,7 @@ int run(const Options& options, SceneLoader& loader, std::FILE* output)
         return fail("this display has no OpenGL", ExitNoOpenGL);
     const int code = QApplication::exec();
     if (options.isBatch())
-        leave(code);
+        leave(code); // the user of a script waits for the end, not for the window to be gone
     return code;
 }
 
@@ -91,7 +91,11 @@ int main(int argc, char** argv)
         return showText(options, argc, argv);
 
     std::FILE* output = claimOutput();
-    // First of all, so that the model is read while the window comes up.
+    // A script has no use for the desktop's menu bar and screen reader, and where there is no session bus
+    // the search for it starts a program.
+    if (options.isBatch())
+        qputenv("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    // Before the application, so that the model is read while the window comes up.
     SceneLoader loader;
     loader.load(options.file.isEmpty() ? showcaseFile() : options.file);
 
