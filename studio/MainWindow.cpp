@@ -56,7 +56,7 @@ MainWindow::MainWindow(SceneLoader* newLoader, bool newRemembers) : loader(newLo
 
     setWindowTitle(tr("Halvern Studio"));
     resize(1280, 800);
-    resizeDocks({sceneDock}, {260}, Qt::Horizontal);
+    resizeDocks({sceneDock}, {300}, Qt::Horizontal);
     if (remembers) {
         restoreGeometry(QSettings().value(GeometryKey).toByteArray());
         restoreState(QSettings().value(StateKey).toByteArray());

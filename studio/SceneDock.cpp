@@ -59,6 +59,8 @@ void SceneDock::build()
     auto* layout = new QVBoxLayout(widget());
     layout->addWidget(filter);
     layout->addWidget(panel);
+    for (QWidget* added : {static_cast<QWidget*>(filter), static_cast<QWidget*>(panel)})
+        added->show(); // now: a layout would do so in a later turn of the event loop
 }
 
 } // namespace halvern::studio
