@@ -116,7 +116,7 @@ TEST(QtPropertiesModelActionTest, DifferenceIsTakenInSinglePrecision)
     stage.change(TranslationGroup, 0, 2.35000001);
     EXPECT_THAT(stage.translations(), IsEmpty()) << "the same number as a float";
     stage.change(TranslationGroup, 0, 2.45);
-    EXPECT_THAT(stage.translations(), ElementsAre("a,0.0999999\n        0\n        0"));
+    EXPECT_THAT(stage.translations(), ElementsAre("a,0.1\n  0\n  0"));
 }
 
 TEST(QtPropertiesModelActionTest, OnlyTheEditedAxisIsAnnounced)
