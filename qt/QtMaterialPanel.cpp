@@ -90,6 +90,7 @@ void QtMaterialPanel::handleModelReset()
         setColumnWidth(i, TileWidth);
     for (int i = 0; i < materialModel->rowCount(); ++i)
         setRowHeight(i, TileHeight);
+    scheduleDelayedItemsLayout(); // resizing left the range of the scroll bars as it was
 }
 
 void QtMaterialPanel::showEffectEditor(const QModelIndex& /*index*/) {}

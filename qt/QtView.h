@@ -170,6 +170,8 @@ protected:
     /// Runs work in the next frame, on the GUI thread with the view's context current. Any thread.
     void queueTask(boost::function<void()> task);
 
+    /// loadEffect's work, at once. An effect file that the scene knows is not read again, but each call
+    /// makes a new material. Nothing happens without a window, a scene and an FX manager.
     virtual void internalLoadEffect(std::string effectFile, std::string nodeID, unsigned int first,
                                     unsigned int second);
 
@@ -205,6 +207,8 @@ private:
     boost::shared_ptr<scene::SceneManager> getSceneManager();
     boost::shared_ptr<scene::AnimationManager> getAnimationManager();
     boost::shared_ptr<engine::logic::LogicManager> getLogicManager();
+    void requestPick(const QPoint& position, const std::string& tag);
+    void storeDroppedMaterialID(std::string materialID);
     std::string takeDroppedMaterialID();
 
     bool useCurrentContext();
