@@ -69,7 +69,7 @@ TEST_F(ImporterTest, AnErrorNamesTheFileAndTheReason)
     const std::string folderName = folder.path.string();
     EXPECT_EQ(errorOf(folderName + "/nothing.obj"), folderName + "/nothing.obj: no such file");
     EXPECT_EQ(errorOf(folderName), folderName + ": is a folder");
-    EXPECT_EQ(errorOf("/dev/null"), "/dev/null: cannot be read");
+    EXPECT_EQ(errorOf("/dev/null"), "/dev/null: is a device or a pipe, not a file");
     EXPECT_EQ(errorOf(""), ": no such file");
     EXPECT_EQ(errorOf(folder.write("empty.obj", "")), folderName + "/empty.obj: the file is empty");
     EXPECT_THAT(errorOf(folder.write("a.unknown", "nonsense")), StartsWith(folderName + "/a.unknown: "));
