@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -22,8 +23,8 @@ constexpr int RepaintInterval = 50; // milliseconds
 constexpr int TickStep = 500;       // milliseconds
 constexpr int MarkWidth = 10;       // of the handle and of a highlight, in pixels
 
-// So many fills over one another end in a colour that one more does not change.
-constexpr int FillsUntilSteady = 16;
+// So many fills over one another end in a colour that one more does not change. (Seven do.)
+constexpr int FillsUntilSteady = 8;
 
 /// Truncates; what does not fit becomes the nearest that does.
 int toInt(double number)
@@ -58,6 +59,12 @@ float toMilliseconds(float seconds)
     return seconds * 1000.0f;
 }
 
+bool haveSameBytes(const std::vector<float>& first, const std::vector<float>& second)
+{
+    return first.size() == second.size() &&
+           (first.empty() || std::memcmp(first.data(), second.data(), first.size() * sizeof(float)) == 0);
+}
+
 /// One pixel high, on purpose: the first row has the middle colour, all below it the second.
 QLinearGradient makeGradient(const QColor& first, const QColor& second)
 {
@@ -77,9 +84,9 @@ void paintLine(QPainter& painter, int x, const QRect& box, const QColor& colour)
 template <class IsMember, class Paint>
 void forEachRun(const QRect& box, IsMember isMember, Paint paint)
 {
-    int begin = 0;
-    for (int column = 0; column <= box.width(); ++column) {
-        if (column < box.width() && isMember(column))
+    int begin = box.left();
+    for (int column = box.left(); column <= box.left() + box.width(); ++column) {
+        if (column < box.left() + box.width() && isMember(column))
             continue;
         if (begin < column)
             paint(QRect(begin, box.top(), column - begin, box.height()));
@@ -87,22 +94,54 @@ void forEachRun(const QRect& box, IsMember isMember, Paint paint)
     }
 }
 
+/// Calls use(milliseconds, times) for each keyframe near the mouse, the engine's time, or both.
+template <class Use>
+void forEachNear(const std::vector<float>& frames, float mouseTime, float tolerance, float currentTime,
+                 Use use)
+{
+    const auto countNear = [&](float milliseconds) {
+        return int(std::fabs(milliseconds - mouseTime) < tolerance) +
+               int(std::fabs(currentTime - milliseconds) < 5.0f);
+    };
+    constexpr std::size_t BlockSize = 64; // looked at as a whole first: the compiler makes vectors of that
+    for (std::size_t begin = 0; begin < frames.size(); begin += BlockSize) {
+        const std::size_t end = std::min(begin + BlockSize, frames.size());
+        int near = 0;
+        for (std::size_t i = begin; i < end; ++i)
+            near += countNear(toMilliseconds(frames[i]));
+        for (std::size_t i = begin; near > 0 && i < end; ++i)
+            if (const int times = countNear(toMilliseconds(frames[i])))
+                use(toMilliseconds(frames[i]), times);
+    }
+}
+
 /// What many highlights leave of one another, column by column: a green line hides all before it.
 class Highlights
 {
 public:
-    explicit Highlights(int width) : columns(static_cast<std::size_t>(width)) {}
+    explicit Highlights(int width) : columns(static_cast<std::size_t>(width)), begin(width) {}
 
     void add(int x)
     {
-        for (int column = x - MarkWidth / 2; column < x + MarkWidth / 2; ++column)
-            change(column, [this](Column& mark) { most = std::max(most, ++mark.fills); });
-        for (const int column : {x - 1, x})
-            change(column, [](Column& mark) { mark = {true, 0}; });
+        repeats = x == last ? repeats + 1 : 0;
+        last = x;
+        if (repeats > FillsUntilSteady)
+            return;
+        const int from = std::max(x - MarkWidth / 2, 0);
+        const int to = std::min(x + MarkWidth / 2, static_cast<int>(columns.size()));
+        for (int column = from; column < to; ++column) {
+            Column& mark = columns[static_cast<std::size_t>(column)];
+            const bool isLine = column == x - 1 || column == x;
+            mark = {mark.hasLine || isLine, isLine ? 0 : mark.fills + 1};
+            most = std::max(most, mark.fills);
+        }
+        begin = std::min(begin, from);
+        end = std::max(end, to);
     }
 
-    void paint(QPainter& painter, const QRect& box) const
+    void paint(QPainter& painter, int height) const
     {
+        const QRect box(begin, 0, end - begin, height);
         const QColor line(0, 255, 0);
         const QBrush fill(makeGradient(QColor(0, 200, 0, 150), QColor(0, 250, 0, 150)));
         forEachRun(
@@ -123,15 +162,12 @@ private:
 
     const Column& at(int column) const { return columns[static_cast<std::size_t>(column)]; }
 
-    template <class Change>
-    void change(int column, Change change)
-    {
-        if (column >= 0 && column < static_cast<int>(columns.size()))
-            change(columns[static_cast<std::size_t>(column)]);
-    }
-
     std::vector<Column> columns;
+    int begin; // of the columns that have marks
+    int end = 0;
     int most = 0; // of the fills of one column
+    int last = 0;
+    int repeats = 0; // of the last
 };
 
 } // namespace
@@ -194,11 +230,15 @@ void QtAnimationSlider::resizeEvent(QResizeEvent* /*event*/)
     repaint();
 }
 
+bool QtAnimationSlider::Look::hasScaleOf(const Look& other) const
+{
+    return size == other.size && minimum == other.minimum && maximum == other.maximum;
+}
+
 bool QtAnimationSlider::Look::operator==(const Look& other) const
 {
-    return size == other.size && pixelRatio == other.pixelRatio && font == other.font &&
-           minimum == other.minimum && maximum == other.maximum && value == other.value &&
-           hasAnimation == other.hasAnimation;
+    return hasScaleOf(other) && pixelRatio == other.pixelRatio && font == other.font &&
+           value == other.value && hasAnimation == other.hasAnimation;
 }
 
 bool QtAnimationSlider::hasExtent() const
@@ -241,10 +281,21 @@ bool QtAnimationSlider::takeFrameTimes()
     if (!animationManager || !hasExtent())
         return false;
     const std::vector<float>& times = animationManager->getFrameTimes();
-    const bool changed = times != frameTimes;
-    if (changed)
-        frameTimes = times;
-    return changed;
+    if (haveSameBytes(times, frameTimes))
+        return false;
+    frameTimes = times;
+    return true;
+}
+
+void QtAnimationSlider::placeFrames()
+{
+    hasFrame.assign(static_cast<std::size_t>(width()), false);
+    for (const float time : frameTimes) {
+        const int x = columnOf(toInt(toMilliseconds(time)));
+        for (const int column : {x - 1, x})
+            if (column >= 0 && column < width())
+                hasFrame[static_cast<std::size_t>(column)] = true;
+    }
 }
 
 void QtAnimationSlider::updateFace()
@@ -254,6 +305,8 @@ void QtAnimationSlider::updateFace()
     const Look now{size(), devicePixelRatioF(), font(), minimum(), maximum(), value(), hasAnimation};
     if (!hasNewFrames && look == now)
         return;
+    if (hasNewFrames || !look || !look->hasScaleOf(now))
+        placeFrames();
     look = now;
     face = QPixmap(size() * devicePixelRatioF());
     face.setDevicePixelRatio(devicePixelRatioF());
@@ -283,13 +336,6 @@ void QtAnimationSlider::paintHandle(QPainter& painter, int left)
 
 void QtAnimationSlider::paintFrames(QPainter& painter)
 {
-    std::vector<bool> hasFrame(static_cast<std::size_t>(width()));
-    for (const float time : frameTimes) {
-        const int x = columnOf(toInt(toMilliseconds(time)));
-        for (const int column : {x - 1, x})
-            if (column >= 0 && column < width())
-                hasFrame[static_cast<std::size_t>(column)] = true;
-    }
     forEachRun(
         rect(), [&](int column) { return hasFrame[static_cast<std::size_t>(column)]; },
         [&](const QRect& run) { painter.fillRect(run, QColor(255, 231, 46)); });
@@ -324,15 +370,13 @@ void QtAnimationSlider::paintPlayback(QPainter& painter, int paintedWidth)
     paintLine(painter, toPixel(place), rect(), QColor(255, 0, 0));
 
     const auto tolerance = static_cast<float>(maximum() / 100);
+    const auto mouseTime = static_cast<float>(hoverValue);
     Highlights highlights(width());
-    for (const float time : frameTimes) {
-        const float milliseconds = toMilliseconds(time);
-        const bool isHovered = std::fabs(milliseconds - static_cast<float>(hoverValue)) < tolerance;
-        const bool isPlayed = std::fabs(currentTime - milliseconds) < 5.0;
-        for (int i = isHovered + isPlayed; i > 0; --i) // twice for both, on purpose
+    forEachNear(frameTimes, mouseTime, tolerance, currentTime, [&](float milliseconds, int times) {
+        for (int i = 0; i < times; ++i) // twice if it is near to both, on purpose
             highlights.add(columnOf(toInt(milliseconds)));
-    }
-    highlights.paint(painter, rect());
+    });
+    highlights.paint(painter, height());
 }
 
 } // namespace halvern::qt

@@ -56,6 +56,8 @@ private:
         int value;
         bool hasAnimation;
 
+        /// Keyframes stand in the same columns.
+        bool hasScaleOf(const Look& other) const;
         bool operator==(const Look& other) const;
     };
 
@@ -72,6 +74,8 @@ private:
     /// Returns whether the engine's keyframes are others than before.
     bool takeFrameTimes();
 
+    void placeFrames();
+
     /// The face is all that neither the mouse nor playback changes. It is painted anew only to look
     /// different.
     void updateFace();
@@ -85,6 +89,7 @@ private:
     int hoverValue = 0;
 
     std::vector<float> frameTimes; // seconds, as the engine had them at the last paint
+    std::vector<bool> hasFrame;    // by column
     std::optional<Look> look;      // of the face
     QPixmap face;
 };
