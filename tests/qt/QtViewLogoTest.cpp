@@ -123,6 +123,24 @@ TEST_F(QtViewLogoTest, LeavesNoStatesBehind)
     expectCleanStates(view.size());
 }
 
+TEST_F(QtViewLogoTest, TheWholeViewIsTheViewportOnAScreenOfDoubleResolution)
+{
+    struct FineView : LogoView
+    {
+        int metric(PaintDeviceMetric metric) const override
+        {
+            const int factor = metric == PdmDevicePixelRatio || metric == PdmDevicePixelRatioScaled ? 2 : 1;
+            return LogoView::metric(metric) * factor;
+        }
+    };
+    FineView fine;
+    showView(fine);
+    fine.setLogo(makeLogo());
+    fine.clear();
+    fine.drawLogo();
+    expectCleanStates(QSize(400, 200));
+}
+
 TEST_F(QtViewLogoTest, WithoutALogoNothingIsDrawn)
 {
     view.enableLogo(true);
