@@ -2,14 +2,16 @@
 """How long until a model is on screen, beside f3d and osgviewer.
 
 Measures from start to end the processes that show one frame of a model and quit, 1280x800, interleaved,
-and prints the medians in milliseconds and how many times longer each peer takes. f3d can only quit after
-a frame when it saves it as PNG, so beside it the studio saves its view too.
+and prints the medians in milliseconds, in parentheses those of the processor time, which other programs on
+the machine sway less, and how many times longer each peer takes. f3d can only quit after a frame when it
+saves it as PNG, so beside it the studio saves its view too.
 
 first_frame.py [--studio PROGRAM] [--runs N] [MODEL...]; ends with 1 when a peer was faster.
 """
 
 import argparse
 import os
+import resource
 import shutil
 import statistics
 import subprocess
@@ -41,19 +43,27 @@ def commands(studio, model, picture):
     ]
 
 
+def processor_seconds():
+    """Of all processes that were waited for."""
+    usage = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return usage.ru_utime + usage.ru_stime
+
+
 def measure(command, variables):
-    """Milliseconds that the process takes; None when it fails or is not there."""
+    """Milliseconds and processor milliseconds that the process takes; None when it fails or is not there."""
     if not shutil.which(command[0]):
         return None
-    start = time.perf_counter()
+    start, start_processor = time.perf_counter(), processor_seconds()
     done = subprocess.run(command, env={**os.environ, **variables}, timeout=60,
                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-    return (time.perf_counter() - start) * 1e3 if done.returncode == 0 else None
+    if done.returncode != 0:
+        return None
+    return (time.perf_counter() - start) * 1e3, (processor_seconds() - start_processor) * 1e3
 
 
 def median(times):
-    """None when a run failed."""
-    return None if None in times else statistics.median(times)
+    """Of both; None when a run failed."""
+    return None if None in times else tuple(map(statistics.median, zip(*times)))
 
 
 def compare(studio, model, runs):
@@ -70,23 +80,27 @@ def compare(studio, model, runs):
             for ours, theirs in (("studio", "osgviewer"), ("studio, saved", "f3d, saved"))]
 
 
-def report(model, ours, theirs, our_time, their_time):
+def milliseconds(times):
+    return "{:.0f} ms ({:.0f})".format(*times)
+
+
+def report(model, ours, theirs, our_times, their_times):
     name = os.path.basename(model)
-    if our_time is None:
+    if our_times is None:
         print(f"{name:22} {ours} failed")
         return False
-    if their_time is None:
-        print(f"{name:22} {ours} {our_time:.0f} ms; {theirs} cannot show it")
+    if their_times is None:
+        print(f"{name:22} {ours} {milliseconds(our_times)}; {theirs} cannot show it")
         return True
-    print(f"{name:22} {ours} {our_time:.0f} ms; {theirs} {their_time:.0f} ms; "
-          f"ratio {their_time / our_time:.2f}")
-    return our_time < their_time
+    print(f"{name:22} {ours} {milliseconds(our_times)}; {theirs} {milliseconds(their_times)}; "
+          f"ratio {their_times[0] / our_times[0]:.2f}")
+    return our_times[0] < their_times[0]
 
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--studio", default=os.path.normpath(STUDIO))
-    parser.add_argument("--runs", type=int, default=7)
+    parser.add_argument("--runs", type=int, default=9)
     parser.add_argument("models", nargs="*", metavar="MODEL")
     arguments = parser.parse_args()
     if "DISPLAY" not in os.environ:
