@@ -3,6 +3,9 @@
 #include "engine/core/event/Event.h"
 #include "engine/core/event/EventManager.h"
 #include "engine/core/interfaces/IOpenGLHandler.h"
+#include "engine/fx/FXEffect.h"
+#include "engine/fx/FXManager.h"
+#include "engine/fx/FXPipeline.h"
 #include "engine/fx/FXRenderTarget.h"
 #include "engine/light/LightManager.h"
 #include "engine/light/RenderLight.h"
@@ -10,21 +13,27 @@
 #include "engine/renderer/IRenderer.h"
 #include "engine/scene/AnimationManager.h"
 #include "engine/scene/CameraInstance.h"
+#include "engine/scene/Effect.h"
+#include "engine/scene/Evaluator.h"
 #include "engine/scene/Material.h"
 #include "engine/scene/Node.h"
+#include "engine/scene/Render.h"
 #include "engine/scene/SceneManager.h"
 #include "engine/scenegraph/RenderSceneGraph.h"
 #include "engine/window/ILayout.h"
 #include "engine/window/Viewport.h"
 #include "engine/window/Window.h"
 #include "qt/OverlayText.h"
+#include "qt/QtMaterialPanel.h"
 
 #include <QContextMenuEvent>
+#include <QDropEvent>
 #include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLineF>
 #include <QMenu>
 #include <QMetaObject>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QOpenGLContext>
 #include <QOpenGLExtraFunctions>
@@ -36,6 +45,7 @@
 #include <QTimer>
 #include <QWheelEvent>
 
+#include <boost/algorithm/string/case_conv.hpp>
 #include <boost/bind/bind.hpp>
 #include <boost/lexical_cast.hpp>
 #include <boost/make_shared.hpp>
@@ -70,6 +80,9 @@ constexpr char StatsHtml[] =
 constexpr char CursorStyle[] = "* { color: #FFFFFF; font-family: Verdana, Times; font-size:16pt; }";
 constexpr char CursorHtml[] =
     "<p align=\"center\"><table width=\"100%\" ><tr><td align=\"left\">%1</td></tr></table>";
+
+/// Marks the answer to a pick that a dropped material asked for.
+constexpr char DropTag[] = "DropMaterial";
 
 // The statistics graph, in pixels.
 constexpr int GraphWidth = 150;
@@ -591,14 +604,15 @@ namespace {
 class PixelDrawing
 {
 public:
-    explicit PixelDrawing(const QSize& view)
+    explicit PixelDrawing(const QWidget& view)
     {
         glMatrixMode(GL_MODELVIEW);
         glLoadIdentity();
         glMatrixMode(GL_PROJECTION);
         glLoadIdentity();
         glOrtho(0, view.width(), 0, view.height(), -1, 1);
-        glViewport(0, 0, view.width(), view.height());
+        const QSize device = view.size() * view.devicePixelRatioF();
+        glViewport(0, 0, device.width(), device.height());
         glDisable(GL_DEPTH_TEST);
         glEnable(GL_BLEND);
         glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
@@ -645,7 +659,7 @@ GLuint shadowTextureOf(engine::light::RenderLight* light)
 }
 
 /// Draws the depths of a shadow map, slot 0 in the top right corner, the others below it.
-void drawShadowMap(GLuint texture, int slot, const QSize& view)
+void drawShadowMap(GLuint texture, int slot, const QWidget& view)
 {
     const PixelDrawing drawing(view);
     glBindTexture(GL_TEXTURE_2D, texture);
@@ -663,7 +677,7 @@ void QtView::drawLogo()
         makeLogoTexture();
     if (!logoTexture || !logoTexture->isCreated())
         return;
-    const PixelDrawing drawing(size());
+    const PixelDrawing drawing(*this);
     glBindTexture(GL_TEXTURE_2D, logoTexture->textureId());
     const QPoint lower(width() - logoSize.width() - 10, 10);
     // The image's first row is at the top.
@@ -677,7 +691,7 @@ void QtView::drawShadowMaps()
     const unsigned int count = lights ? lights->getLightCount() : 0;
     for (unsigned int i = 0; i < count; ++i)
         if (const GLuint texture = shadowTextureOf(lights->getLightAt(i).get()))
-            drawShadowMap(texture, int(i), size());
+            drawShadowMap(texture, int(i), *this);
 }
 
 // Overlays drawn with the painter
@@ -910,13 +924,59 @@ void QtView::addAnimationActions(QMenu& menu)
     connect(menu.addAction("Pause"), SIGNAL(triggered()), this, SLOT(pauseAnimations()));
 }
 
-// Only drags out of a material panel will be accepted; there is none yet, so events stay as they are.
+// Drag and drop
 
-void QtView::dragEnterEvent(QDragEnterEvent* /*event*/) {}
+namespace {
 
-void QtView::dragMoveEvent(QDragMoveEvent* /*event*/) {}
+/// What a drag carries does not count, only where it comes from.
+bool isFromMaterialPanel(const QDropEvent& event)
+{
+    return qobject_cast<QtMaterialPanel*>(event.source()) != nullptr;
+}
 
-void QtView::dropEvent(QDropEvent* /*event*/) {}
+/// A move, on purpose, although the material stays where it is.
+void acceptMove(QDropEvent& event)
+{
+    event.setDropAction(Qt::MoveAction);
+    event.accept();
+}
+
+} // namespace
+
+void QtView::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (isFromMaterialPanel(*event))
+        acceptMove(*event);
+}
+
+void QtView::dragMoveEvent(QDragMoveEvent* event)
+{
+    if (isFromMaterialPanel(*event))
+        acceptMove(*event);
+}
+
+/// The ID is stored first: the answer may come at once.
+void QtView::dropEvent(QDropEvent* event)
+{
+    if (!isFromMaterialPanel(*event))
+        return;
+    storeDroppedMaterialID(event->mimeData()->text().toStdString());
+    guarded([&] { requestPick(event->pos(), DropTag); });
+    acceptMove(*event);
+}
+
+void QtView::requestPick(const QPoint& position, const std::string& tag)
+{
+    const auto shown = getWindow();
+    if (const auto layout = shown ? shown->getLayout() : nullptr)
+        layout->requestPick(position.x(), height() - position.y(), tag);
+}
+
+void QtView::storeDroppedMaterialID(std::string materialID)
+{
+    const std::lock_guard<std::mutex> lock(taskLock);
+    droppedMaterialID.swap(materialID);
+}
 
 // Engine events
 
@@ -924,7 +984,7 @@ void QtView::dropEvent(QDropEvent* /*event*/) {}
 void QtView::handleObjectPicked(HCE::Event event)
 {
     const HCE::EventData data = event.getEventData();
-    if (data.getArg(6) != "DropMaterial" || data.getArg(2).empty())
+    if (data.getArg(6) != DropTag || data.getArg(2).empty())
         return;
     const auto first = boost::lexical_cast<unsigned int>(data.getArg(2));
     const auto second = boost::lexical_cast<unsigned int>(data.getArg(3));
@@ -971,10 +1031,78 @@ void QtView::loadEffect(std::string effectFile, std::string nodeID, unsigned int
     queueTask(boost::bind(&QtView::internalLoadEffect, this, effectFile, nodeID, first, second));
 }
 
-/// Effects are not loaded yet: the request is dropped.
-void QtView::internalLoadEffect(std::string /*effectFile*/, std::string /*nodeID*/, unsigned int /*first*/,
-                                unsigned int /*second*/)
-{}
+namespace {
+
+bool isSceneEffect(engine::fx::FXEffect* effect)
+{
+    return effect && boost::algorithm::to_lower_copy(effect->getScriptClass()) == "scene";
+}
+
+/// ID of the effect in that file; one that the scene does not know yet is added to it.
+std::string provideEffect(const std::string& effectFile, scene::SceneManager& sceneManager,
+                          engine::fx::FXManager& fxManager)
+{
+    if (const auto known = sceneManager.getEffectByFilename(effectFile))
+        return known->getID();
+    const auto effect = boost::make_shared<scene::Effect>(sceneManager.generateID(), effectFile, "");
+    sceneManager.addEffect(effect);
+    fxManager.addEffect(effect);
+    return effect->getID();
+}
+
+/// Always a new one, also for an effect that has materials already.
+boost::shared_ptr<scene::Material> addMaterial(const std::string& effectID, scene::SceneManager& sceneManager,
+                                               engine::fx::FXManager& fxManager)
+{
+    const auto material = boost::make_shared<scene::Material>(sceneManager.generateID(), effectID);
+    sceneManager.addMaterial(material);
+    fxManager.addMaterial(material);
+    return material;
+}
+
+/// The first evaluator, made if there is none.
+boost::shared_ptr<scene::Evaluator> provideEvaluator(scene::SceneManager& sceneManager)
+{
+    auto evaluator = sceneManager.getEvaluatorAt(0);
+    if (!evaluator) {
+        evaluator = boost::make_shared<scene::Evaluator>("Halvern_Evaluator");
+        sceneManager.addEvaluator(evaluator);
+    }
+    return evaluator;
+}
+
+/// Nothing takes the stage out of the pipeline again: it lives as long as the window.
+void addSceneEffect(const boost::shared_ptr<scene::Material>& material, scene::SceneManager& sceneManager,
+                    engine::fx::FXManager& fxManager, Window& window)
+{
+    provideEvaluator(sceneManager)
+        ->addRender(boost::make_shared<scene::Render>(nullptr, std::list<std::string>(), material));
+    const auto stage = fxManager.addSceneEffectInstance(material);
+    if (const auto pipeline = window.getFXPipeline())
+        pipeline->pushBack(stage);
+}
+
+} // namespace
+
+void QtView::internalLoadEffect(std::string effectFile, std::string nodeID, unsigned int first,
+                                unsigned int second)
+{
+    const auto shown = getWindow();
+    const auto sceneManager = shown ? shown->getSceneManager() : nullptr;
+    const auto fxManager = shown ? shown->getFXManager() : nullptr;
+    if (!sceneManager || !fxManager || effectFile.empty())
+        return;
+    makeCurrent();
+    const std::string effectID = provideEffect(effectFile, *sceneManager, *fxManager);
+    const auto material = addMaterial(effectID, *sceneManager, *fxManager);
+    // An effect that could not be read counts as one of an object; the node falls back by itself.
+    if (isSceneEffect(fxManager->getFXEffect(effectID).get())) {
+        addSceneEffect(material, *sceneManager, *fxManager, *shown);
+        shown->resize(Eigen::Vector2i(width(), height()));
+    } else if (const auto node = sceneManager->getNodeByID(nodeID)) {
+        node->setMaterial(material, first, second);
+    }
+}
 
 void QtView::loadMaterial(std::string materialID, std::string nodeID, unsigned int first, unsigned int second)
 {
@@ -1036,7 +1164,8 @@ void QtView::updateMessageDisplay()
                         shownMessages.end());
 }
 
-/// One step of 50 ms: a quarter of a second up to full opacity, two seconds above it, then down again.
+/// One step of 50 ms: a quarter of a second to full opacity, three seconds of it, a quarter to none. Levels
+/// above one hold it.
 void QtView::age(ShownMessage& message)
 {
     const auto step = [&message](double change) { message.level = float(message.level + change); };
