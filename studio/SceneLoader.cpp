@@ -5,6 +5,8 @@
 #include <QElapsedTimer>
 
 #include <atomic>
+#include <mutex>
+#include <vector>
 
 namespace halvern::studio {
 
@@ -16,6 +18,9 @@ struct SceneLoader::Job
     std::atomic<bool> cancelled{false};
     std::atomic<int> percent{0};
     std::atomic<bool> percentPosted{false};
+
+    std::mutex mutex;
+    std::vector<std::function<void()>> posted; ///< Guarded by the mutex.
 };
 
 SceneLoader::SceneLoader(Import newImport) : import(std::move(newImport)) {}
@@ -102,11 +107,26 @@ void SceneLoader::report(const std::shared_ptr<Job>& job, float share)
 
 void SceneLoader::post(const std::shared_ptr<Job>& job, std::function<void()> function)
 {
-    const auto call = [this, job, function = std::move(function)] {
+    {
+        const std::lock_guard<std::mutex> lock(job->mutex);
+        job->posted.push_back(std::move(function));
+    }
+    QMetaObject::invokeMethod(this, "takePosted", Qt::QueuedConnection);
+}
+
+void SceneLoader::takePosted()
+{
+    const std::shared_ptr<Job> job = current;
+    if (!job)
+        return;
+    std::vector<std::function<void()>> functions;
+    {
+        const std::lock_guard<std::mutex> lock(job->mutex);
+        functions.swap(job->posted);
+    }
+    for (const auto& function : functions)
         if (job == current)
             function();
-    };
-    QMetaObject::invokeMethod(this, call, Qt::QueuedConnection);
 }
 
 void SceneLoader::finish(const std::shared_ptr<Job>& job, std::function<void()> announce)

@@ -58,6 +58,9 @@ signals:
     void failed(const QString& message);
     void cancelled();
 
+private slots:
+    void takePosted();
+
 private:
     struct Job;
 
