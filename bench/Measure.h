@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <vector>
 
 namespace halvern::bench {
@@ -13,6 +14,15 @@ double getMilliseconds(Work work)
     const auto begin = std::chrono::steady_clock::now();
     work();
     return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - begin).count();
+}
+
+/// Time on the processor, so that a busy machine disturbs less.
+template <class Work>
+double getProcessorMilliseconds(Work work)
+{
+    const std::clock_t begin = std::clock();
+    work();
+    return 1000.0 * double(std::clock() - begin) / CLOCKS_PER_SEC;
 }
 
 inline double getMedian(std::vector<double> values)

@@ -12,7 +12,6 @@
 
 #include <cmath>
 #include <cstdlib>
-#include <ctime>
 #include <string>
 #include <vector>
 
@@ -20,15 +19,6 @@ namespace {
 
 using namespace halvern;
 using namespace halvern::bench;
-
-/// Time on the processor, so that a busy machine disturbs less.
-template <class Work>
-double getProcessorMilliseconds(Work work)
-{
-    const std::clock_t begin = std::clock();
-    work();
-    return 1000.0 * double(std::clock() - begin) / CLOCKS_PER_SEC;
-}
 
 using NodePtr = boost::shared_ptr<scene::Node>;
 
