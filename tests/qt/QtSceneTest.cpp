@@ -73,6 +73,24 @@ QStringList appearance(QTreeWidgetItem& root)
     return lines;
 }
 
+/// Shows a node and all below it in the plainest way, under a tree that follows each step. Returns their
+/// number.
+int fillItemByItem(QTreeWidgetItem& item, const halvern::scene::Node& node)
+{
+    const QString id = QString::fromStdString(node.getID());
+    const QString name = QString::fromStdString(node.getName());
+    item.setText(0, name.isEmpty() ? id : name);
+    item.setText(1, id);
+    item.setExpanded(node.isVisible());
+    if (!node.isVisible())
+        item.setForeground(0, Qt::gray);
+    item.setBackground(0, node.inLayer("cast_shadow") ? Qt::lightGray : Qt::white);
+    int count = 1;
+    for (unsigned int i = 0; i < node.getChildCount(); ++i)
+        count += fillItemByItem(*new QTreeWidgetItem(&item), *node.getChildNode(i));
+    return count;
+}
+
 /// A graph with every kind of node that a built tree tells apart.
 NodePtr makeMixedGraph()
 {
@@ -337,18 +355,31 @@ TEST(QtSceneTest, TreeEqualsOneThatIsFilledItemByItem)
 {
     const auto root = makeMixedGraph();
     for (const bool shown : {false, true}) {
-        ScenePanel panel;
-        panel.setVisible(shown);
-        panel.setSceneManager(makeScene(root));
-
         QTreeWidget reference;
         reference.setVisible(shown);
         QSignalSpy expanded(&reference, SIGNAL(itemExpanded(QTreeWidgetItem*)));
-        auto* top = new QtSceneItem(root, &reference);
-        EXPECT_EQ(panel.populateTree(top), 9);
-        EXPECT_EQ(appearance(panel.root()), appearance(*top));
+        auto* top = new QTreeWidgetItem(&reference);
+        EXPECT_EQ(fillItemByItem(*top, *root), 9);
         EXPECT_EQ(expanded.count(), 7);
+
+        ScenePanel panel;
+        panel.setVisible(shown);
+        panel.setSceneManager(makeScene(root));
+        EXPECT_EQ(appearance(panel.root()), appearance(*top));
     }
+}
+
+TEST(QtSceneTest, PopulateTreeFillsAnItemThatIsInATreeAlready)
+{
+    const auto root = makeMixedGraph();
+    ScenePanel panel;
+    panel.setSceneManager(makeScene(root));
+    QTreeWidget tree;
+    QSignalSpy expanded(&tree, SIGNAL(itemExpanded(QTreeWidgetItem*)));
+    auto* top = new QtSceneItem(root, &tree);
+    EXPECT_EQ(panel.populateTree(top), 9);
+    EXPECT_EQ(appearance(panel.root()), appearance(*top));
+    EXPECT_EQ(expanded.count(), 7);
 }
 
 TEST(QtSceneTest, TreeEntersTheWidgetInOnePiece)
