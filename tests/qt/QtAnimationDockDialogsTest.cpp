@@ -223,6 +223,20 @@ TEST_F(QtAnimationDockDialogsTest, InEditModeTheBoxesComeBackWithTheNextAnimatio
     EXPECT_EQ(dock.enabled(), all);
 }
 
+TEST_F(QtAnimationDockDialogsTest, AfterDeletingTheFirstIsTheCurrentOneEvenIfThereIsNone)
+{
+    dock.combo().setCurrentIndex(1);
+    ASSERT_TRUE(withModal([&] { dock.deleteAction().trigger(); },
+                          [&](QWidget& window) {
+                              scene->library.clear();
+                              QTest::mouseClick(dynamic_cast<QMessageBox&>(window).button(QMessageBox::Yes),
+                                                Qt::LeftButton);
+                          }));
+    scene->put("late");
+    dock.editAction().trigger();
+    EXPECT_TRUE(dock.editAction().isChecked());
+}
+
 TEST_F(QtAnimationDockDialogsTest, ADockThatGoesWhileItAsksDeletesNothing)
 {
     auto* gone = new DockProbe;
@@ -333,6 +347,24 @@ TEST_F(QtAnimationDockDialogsTest, TheDialogIsModalBelongsToTheDockAndGoesAfterI
                               press(dialog, QDialogButtonBox::Cancel);
                           }));
     EXPECT_TRUE(seen.isNull());
+}
+
+TEST_F(QtAnimationDockDialogsTest, TheDialogIsModalFromItsFirstMomentOn)
+{
+    struct Watch : QObject
+    {
+        bool eventFilter(QObject* watched, QEvent* event) override
+        {
+            const auto* dialog = qobject_cast<QDialog*>(watched);
+            if (event->type() == QEvent::Show && dialog)
+                modal.push_back(dialog->isModal());
+            return false;
+        }
+        std::vector<bool> modal;
+    } watch;
+    QApplication::instance()->installEventFilter(&watch);
+    withModal([&] { dock.newAction().trigger(); }, [](QWidget& dialog) { dialog.close(); });
+    EXPECT_EQ(watch.modal, std::vector<bool>{true});
 }
 
 TEST_F(QtAnimationDockDialogsTest, ADockThatGoesWithItsDialogCreatesNothing)
