@@ -14,6 +14,8 @@ using Range = boost::iterator_range<Iterator>;
 using Builder = EffectBuilder;
 using Piece = Builder::Piece;
 
+// Classes of characters are ASCII's: the standard ones are undefined for the bytes of other alphabets.
+
 struct BuilderTag
 {};
 
@@ -22,8 +24,6 @@ struct BuilderTag
 struct CodeParser : x3::parser<CodeParser>
 {
     using attribute_type = Range;
-    static constexpr bool has_attribute = true;
-
     template <class Context, class RuleContext, class Attribute>
     bool parse(Iterator& first, const Iterator& last, const Context&, RuleContext&, Attribute& code) const
     {
@@ -77,28 +77,28 @@ auto named(const char* name, const Parser& parser)
     return x3::rule<Parser>{name} = parser;
 }
 
-const auto wordEnd = !(x3::alnum | '_');
-const auto word = x3::raw[x3::lexeme[(x3::alpha | '_') >> *(x3::alnum | '_')]];
+const auto wordEnd = !(x3::ascii::alnum | '_');
+const auto word = x3::raw[x3::lexeme[(x3::ascii::alpha | '_') >> *(x3::ascii::alnum | '_')]];
 const auto keyword = [](const char* text) { return x3::raw[x3::lexeme[x3::lit(text) >> wordEnd]]; };
 const auto name = [](void (Builder::*take)(Piece)) { return named("a name", to(take, word)); };
 
 const auto comment = "//" >> *(x3::char_ - x3::eol) | "/*" >> *(x3::char_ - "*/") >> "*/";
-const auto blank = x3::space | comment;
+const auto blank = x3::ascii::space | comment;
 
-const auto fraction = +x3::digit >> -('.' >> *x3::digit) | '.' >> +x3::digit;
-const auto exponent = x3::char_("eE") >> -x3::char_("+-") >> +x3::digit;
+const auto fraction = +x3::ascii::digit >> -('.' >> *x3::ascii::digit) | '.' >> +x3::ascii::digit;
+const auto exponent = x3::char_("eE") >> -x3::char_("+-") >> +x3::ascii::digit;
 const auto number =
     x3::raw[x3::lexeme[-x3::char_("+-") >> fraction >> -exponent >> -x3::char_("fF") >> wordEnd]];
 const auto textEnd = named("the text to end with '\"' in its line", x3::lit('"'));
 const auto string =
-    x3::lexeme['"' >> to(&Builder::addString, x3::raw[*(x3::char_ - '"' - x3::eol)]) > textEnd];
+    x3::lexeme[('"' >> to(&Builder::addString, x3::raw[*(x3::char_ - '"' - x3::eol)])) > textEnd];
 
 const auto simpleLiteral = to(&Builder::addNumber, number) | string | to(&Builder::addWord, word);
 const auto literal = named("a value", simpleLiteral);
 const auto list = literal % ',';
 const auto value =
     named("a value", ('{' > list > '}') | to(&Builder::addNumber, number) | string |
-                         (to(&Builder::addWord, word) >> -('(' >> tell(&Builder::callWord) > list > ')')));
+                         (to(&Builder::addWord, word) >> -(('(' >> tell(&Builder::callWord)) > list > ')')));
 
 const char* const codeEndName = "as many '}' as '{'";
 const auto code = [](void (Builder::*take)(Piece)) {
