@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 using namespace halvern;
 using namespace halvern::test;
@@ -97,6 +99,20 @@ TEST(FXGalleryTest, EveryEffectChangesThePictureWithoutAMessage)
         EXPECT_GT(difference(image, gallery.plain), 0.02) << name;
         EXPECT_TRUE(gallery.messages().empty()) << name << ": " << gallery.messages().front();
     }
+}
+
+TEST(FXGalleryTest, TheExampleOfTheDocumentationWorks)
+{
+    std::ifstream stream("docs/effects.md");
+    const std::string text(std::istreambuf_iterator<char>(stream), {});
+    const size_t begin = text.find("```\n") + 4;
+    const EffectFile file(text.substr(begin, text.find("```", begin) - begin));
+    Gallery gallery;
+    gallery.show(file.path());
+    EXPECT_TRUE(gallery.lastAdded);
+    const QImage image = gallery.draw();
+    keep(image, "example");
+    EXPECT_GT(difference(image, gallery.plain), 0.02);
 }
 
 TEST(FXGalleryTest, EveryTechniqueDraws)

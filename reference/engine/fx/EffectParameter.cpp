@@ -126,7 +126,7 @@ std::vector<boost::any> EffectParameter::getParameterValues()
     const ParameterValue current = getValue();
     if (type == ParameterType::Texture)
         return {current.file};
-    return {current.numbers.begin(), current.numbers.end()};
+    return std::vector<boost::any>(current.numbers.begin(), current.numbers.end());
 }
 
 bool EffectParameter::setParameterValue(std::vector<boost::any> values)
@@ -142,7 +142,10 @@ bool EffectParameter::setParameterValue(std::vector<boost::any> values)
             return false;
         numbers.push_back(*number);
     }
-    return setNumbers(std::move(numbers));
+    if (!fit(numbers))
+        return false;
+    setValue({std::move(numbers), {}, {}});
+    return true;
 }
 
 bool EffectParameter::setParameterValue(std::string file)
@@ -153,7 +156,7 @@ bool EffectParameter::setParameterValue(std::string file)
     return true;
 }
 
-bool EffectParameter::setNumbers(std::vector<float> numbers)
+bool EffectParameter::fit(std::vector<float>& numbers) const
 {
     // Editors of colours always give an opacity as well.
     if (type == ParameterType::Float3 && numbers.size() == 4)
@@ -166,7 +169,6 @@ bool EffectParameter::setNumbers(std::vector<float> numbers)
         numbers.front() = std::trunc(numbers.front());
     if (type == ParameterType::Bool)
         numbers.front() = numbers.front() != 0;
-    setValue({std::move(numbers), {}, {}});
     return true;
 }
 
@@ -175,11 +177,12 @@ bool EffectParameter::setFromText(const std::string& text)
     const ParameterValue current = getValue();
     if (type == ParameterType::Texture)
         return text == current.file || setParameterValue(text);
-    const std::vector<float> numbers = readNumbers(text);
-    const bool isSetAlready =
-        numbers.size() >= current.numbers.size() &&
-        std::equal(current.numbers.begin(), current.numbers.end(), numbers.begin(), isNear);
-    return isSetAlready || setNumbers(numbers);
+    std::vector<float> numbers = readNumbers(text);
+    if (!fit(numbers))
+        return false;
+    if (!std::equal(numbers.begin(), numbers.end(), current.numbers.begin(), isNear))
+        setValue({std::move(numbers), {}, {}});
+    return true;
 }
 
 boost::shared_ptr<FXAnnotation> EffectParameter::getAnnotationByName(std::string annotationName)

@@ -55,7 +55,8 @@ protected:
 
 private:
     std::shared_ptr<const EffectSyntax> getEffect() const;
-    bool setNumbers(std::vector<float> numbers);
+    /// Makes numbers a value of this type; false for those that are none.
+    bool fit(std::vector<float>& numbers) const;
 
     const std::string name;
     const ParameterType type;
