@@ -4,6 +4,7 @@
 #include "engine/window/ILayout.h"
 #include "engine/window/Viewport.h"
 #include "qt/QtMaterialPanel.h"
+#include "tests/qt/Dragging.h"
 #include "tests/qt/MaterialScene.h"
 #include "tests/qt/ViewProbe.h"
 
@@ -67,18 +68,6 @@ class DerivedPanel : public QtMaterialPanel
 public:
     ~DerivedPanel() override { DerivedPanel::setEventManager(nullptr); }
 };
-
-/// Runs work while something is dragged out of the source.
-void whileDraggedFrom(QObject* source, const std::function<void()>& work)
-{
-    auto* drag = new QDrag(source);
-    drag->setMimeData(new QMimeData);
-    QTimer::singleShot(0, [&] {
-        work();
-        QDrag::cancel();
-    });
-    drag->exec(Qt::CopyAction);
-}
 
 /// A view of 200 x 100 over a scene with two nodes and three materials.
 class QtViewDropTest : public testing::Test
