@@ -93,6 +93,7 @@ struct Window::Private : ControlledScene
     Eigen::Vector2i size = Eigen::Vector2i::Ones();
 
     boost::shared_ptr<scene::SceneManager> sceneManager;
+    boost::shared_ptr<fx::EffectLibrary> effects; // from the first update with a scene
     boost::shared_ptr<scene::CameraInstance> activeCamera;
     boost::weak_ptr<scene::Node> selected;
     std::unique_ptr<SceneMirror> mirror; // from the first update with a scene
@@ -131,10 +132,11 @@ void Window::Private::click(Eigen::Vector2i point)
 
 void Window::Private::reloadEffects()
 {
-    const auto library = fx::EffectLibrary::of(sceneManager);
-    for (const std::string& id : library->takeChanged()) {
+    if (!effects)
+        effects = fx::EffectLibrary::of(sceneManager);
+    for (const std::string& id : effects->takeChanged()) {
         try {
-            library->reload(id);
+            effects->reload(id);
             events->triggerEvent("EffectReloaded", id);
         } catch (const fx::EffectError& error) {
             fx::showEffectError(*events, error.what());
@@ -195,6 +197,7 @@ void Window::Private::answer(const PickRequest& request)
 void Window::Private::forgetScene()
 {
     mirror.reset();
+    effects.reset();
     lights->clear();
     activeCamera.reset();
     selected.reset();

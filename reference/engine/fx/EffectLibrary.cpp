@@ -56,14 +56,8 @@ EffectLibrary::EffectLibrary() :
 
 void EffectLibrary::addEffect(const scene::Effect& effect)
 {
-    const std::string id = effect.getID();
-    watch(id, findEffectFile(effect.getFileName()));
-    const auto loaded = boost::make_shared<LoadedEffect>(id, read(id));
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        effects[id] = loaded;
-    }
-    refreshMaterials(id);
+    watch(effect.getID(), findEffectFile(effect.getFileName()));
+    reload(effect.getID());
 }
 
 boost::shared_ptr<LoadedEffect> EffectLibrary::getEffect(const std::string& id)
