@@ -66,6 +66,9 @@ protected:
         repaintView(view);
     }
 
+    /// The probe is no longer whole when the view's own destructor leaves the events.
+    ~QtViewEffectPictureTest() override { view.setEventManager(nullptr); }
+
     /// Path of a new effect file.
     std::string write(const QString& name, const char* text)
     {
