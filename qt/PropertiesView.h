@@ -6,8 +6,7 @@
 
 namespace halvern::qt {
 
-/// A tree that shares its delegate with others: what the delegate says about their editors it ignores. Its
-/// own open editor follows a change of its cell at once.
+/// A tree whose open editor follows a change of its cell at once.
 class HALVERN_QT_API PropertiesView : public QTreeView
 {
     Q_OBJECT
@@ -17,13 +16,6 @@ public:
 
     void dataChanged(const QModelIndex& topLeft, const QModelIndex& bottomRight,
                      const QVector<int>& roles = QVector<int>()) override;
-
-protected slots:
-    void commitData(QWidget* editor) override;
-    void closeEditor(QWidget* editor, QAbstractItemDelegate::EndEditHint hint) override;
-
-private:
-    bool isOwn(const QWidget* editor) const;
 };
 
 } // namespace halvern::qt
