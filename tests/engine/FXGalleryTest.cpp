@@ -24,7 +24,7 @@ std::vector<std::string> effectNames()
     return names;
 }
 
-/// Two balls and a box on a floor, with a shadow.
+/// Two balls and a box on a floor, with shadows, and a lamp.
 struct Gallery : FXStage
 {
     Gallery() : FXStage({400, 300})
@@ -39,6 +39,9 @@ struct Gallery : FXStage
         addThing("middle", ballMesh(), QColor(200, 60, 40), 0, 0, 0);
         addThing("left", boxMesh(0.7f), QColor(60, 130, 90), -2, -0.3f, -0.6f);
         addThing("back", ballMesh(), QColor(70, 90, 190), 1.6f, 0, -2.4f);
+        const NodePtr lamp = scene.add("lamp", ballMesh(), unlitMaterial(Qt::white));
+        lamp->setScale({0.25f, 0.25f, 0.25f});
+        moveTo(*lamp, -0.6f, 1.6f, -0.8f);
         plain = draw();
     }
 
