@@ -2,8 +2,8 @@
 
 string ScriptClass = "scene";
 
-float threshold < string UIName = "Brighter than"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 1; float UIStep = 0.01; > = 0.72;
-float strength < string UIName = "Strength"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 3; float UIStep = 0.05; > = 0.9;
+float threshold < string UIName = "Brighter than"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 1; float UIStep = 0.01; > = 0.8;
+float strength < string UIName = "Strength"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 3; float UIStep = 0.05; > = 0.7;
 float radius < string UIName = "Radius"; string UIWidget = "slider"; float UIMin = 0.2; float UIMax = 3; float UIStep = 0.05; > = 1;
 
 fragment
