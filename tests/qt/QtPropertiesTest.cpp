@@ -1,3 +1,4 @@
+#include "reference/scene/ActionLog.h"
 #include "tests/qt/PropertiesPanel.h"
 
 #include <QAbstractItemDelegate>
@@ -320,6 +321,35 @@ TEST_F(QtPropertiesTest, TypedXMovesTheNodeAndReturnAnnouncesIt)
     QTest::keyClick(spinBox, Qt::Key_Return);
     QCoreApplication::processEvents();
     EXPECT_THAT(events->getData("TranslationAction"), ElementsAre("a,1.5\n  0\n  0"));
+}
+
+TEST_F(QtPropertiesTest, ConfirmedTypingIsOneStepThatTheEngineTakesBackExactly)
+{
+    std::vector<halvern::scene::TransformStep> steps;
+    const auto log = boost::make_shared<halvern::scene::ActionLog>(
+        events, [&steps](const auto& step) { steps.push_back(step); });
+    scene->addSceneController(log);
+    moveTo(*a, 1.2345F, 2, 3);
+    panel->open(Coord);
+    select("a");
+    auto* spinBox = panel->edit<QDoubleSpinBox>(Coord, cell(TranslationGroup, 0));
+    ASSERT_TRUE(spinBox);
+    spinBox->selectAll();
+    QTest::keyClicks(spinBox, "2.5");
+    QTest::keyClick(spinBox, Qt::Key_Return);
+    QCoreApplication::processEvents();
+    for (int cycle = 0; cycle < 3; ++cycle)
+        scene->update();
+    ASSERT_EQ(steps.size(), 1U);
+    EXPECT_EQ(positionOf(*a), Eigen::Vector3f(2.5F, 2, 3));
+    log->undo(steps[0]);
+    scene->update();
+    EXPECT_EQ(positionOf(*a), Eigen::Vector3f(1.2345F, 2, 3));
+    EXPECT_EQ(cell(TranslationGroup, 0).data(), QVariant(1.23));
+    log->redo(steps[0]);
+    scene->update();
+    EXPECT_EQ(cell(TranslationGroup, 0).data(), QVariant(2.5));
+    scene->removeSceneController(log);
 }
 
 TEST_F(QtPropertiesTest, ClickOnAValueOpensItsEditorAndOnAnIDNone)
