@@ -52,6 +52,19 @@ TEST(FXSceneEffectTest, StagesAreDrawnInTheirOrder)
     EXPECT_TRUE(isNear(lessened.draw(0, 0), QColor::fromRgbF(0.1, 0.1, 0.1)));
 }
 
+TEST(FXSceneEffectTest, AStageReadsThePictureBeforeItAndNotItsOwn)
+{
+    const EffectFile mirror(sceneEffect("texture(sceneColor, vec2(1.0 - place.x, place.y))"));
+    Shown shown(Qt::red);
+    moveTo(*shown.node, -1.5f, 0, 0);
+    for (bool isMirrored : {true, false, true, false}) {
+        shown.addSceneEffect(mirror.path());
+        const QImage image = shown.draw();
+        EXPECT_EQ(pixel(image, isMirrored ? 35 : -35, 0), QColor(Qt::red));
+        EXPECT_TRUE(isBackground(pixel(image, isMirrored ? -35 : 35, 0)));
+    }
+}
+
 TEST(FXSceneEffectTest, AParameterReachesThePictureInTheNextFrame)
 {
     const EffectFile file(sceneEffect("vec4(tint, 1.0)", "float3 tint = {1, 0, 0};"));
