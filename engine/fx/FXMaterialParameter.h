@@ -27,8 +27,8 @@ public:
     /// A copy: floats for numbers, one std::string (the file name) for a texture.
     virtual std::vector<boost::any> getParameterValues() = 0;
 
-    /// False, and nothing changes, for values of another number or type; the opacity of a colour that has none
-    /// is left out. The picture follows in the next frame.
+    /// False, and nothing changes, for values of another number or type; the opacity of a colour that has
+    /// none is left out. The picture follows in the next frame.
     virtual bool setParameterValue(std::vector<boost::any> values) = 0;
     virtual bool setParameterValue(std::string value) = 0;
 
