@@ -44,7 +44,7 @@ boost::shared_ptr<scene::Material> makeMaterial(int number)
 
 ScenePtr makeScene(boost::shared_ptr<core::event::EventManager> events, int count)
 {
-    const auto sceneManager = boost::make_shared<scene::SceneManager>(events);
+    auto sceneManager = boost::make_shared<scene::SceneManager>(events);
     for (int i = 0; i < count; ++i)
         sceneManager->addMaterial(makeMaterial(i));
     return sceneManager;
@@ -144,9 +144,8 @@ int main(int argc, char** argv)
     bool ok = report("the program's first fill with 500 materials", measureFill(3), 50, " ms");
     for (const int columns : {1, 3, 8}) {
         std::printf("%d column%s\n", columns, columns == 1 ? "" : "s");
-        std::vector<double> fills;
-        for (int i = 0; i < 9; ++i)
-            fills.push_back(measureFill(columns));
+        std::vector<double> fills(9);
+        std::generate(fills.begin(), fills.end(), [columns] { return measureFill(columns); });
         ok &= report("first fill with 500 materials", getMedian(fills), 50, " ms");
         const std::vector<double> times = measureResets(columns, 100);
         std::printf("    a reset while scrolling: median %.2f ms\n", getMedian(times));

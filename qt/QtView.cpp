@@ -1054,7 +1054,7 @@ std::string provideEffect(const std::string& effectFile, scene::SceneManager& sc
 boost::shared_ptr<scene::Material> addMaterial(const std::string& effectID, scene::SceneManager& sceneManager,
                                                engine::fx::FXManager& fxManager)
 {
-    const auto material = boost::make_shared<scene::Material>(sceneManager.generateID(), effectID);
+    auto material = boost::make_shared<scene::Material>(sceneManager.generateID(), effectID);
     sceneManager.addMaterial(material);
     fxManager.addMaterial(material);
     return material;

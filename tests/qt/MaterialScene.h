@@ -7,6 +7,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
 #include <atomic>
 #include <functional>
 #include <mutex>
@@ -21,18 +22,18 @@ using MaterialList = std::vector<boost::shared_ptr<scene::Material>>;
 
 inline MaterialList makeMaterials(const std::vector<std::string>& ids)
 {
-    MaterialList materials;
-    for (const std::string& id : ids)
-        materials.push_back(boost::make_shared<scene::Material>(id, "effect"));
+    MaterialList materials(ids.size());
+    std::transform(ids.begin(), ids.end(), materials.begin(),
+                   [](const std::string& id) { return boost::make_shared<scene::Material>(id, "effect"); });
     return materials;
 }
 
 /// "m0", "m1", ...
 inline std::vector<std::string> makeIDs(int count)
 {
-    std::vector<std::string> ids;
-    for (int i = 0; i < count; ++i)
-        ids.push_back("m" + std::to_string(i));
+    std::vector<std::string> ids(std::size_t(count), "m");
+    for (std::size_t i = 0; i < ids.size(); ++i)
+        ids[i] += std::to_string(i);
     return ids;
 }
 

@@ -623,12 +623,11 @@ TEST_F(QtMaterialPanelModelTest, RequestsOfManyThreadsAreAllServed)
             model->update();
         model->update();
     });
-    std::vector<std::thread> senders;
-    for (int i = 0; i < 3; ++i)
-        senders.emplace_back([this] {
-            for (int k = 0; k < Count; ++k)
-                send("SceneUpdate", "MaterialList");
-        });
+    const auto sendAll = [this] {
+        for (int k = 0; k < Count; ++k)
+            send("SceneUpdate", "MaterialList");
+    };
+    std::thread senders[] = {std::thread(sendAll), std::thread(sendAll), std::thread(sendAll)};
     for (std::thread& sender : senders)
         sender.join();
     sending = false;

@@ -112,7 +112,7 @@ TEST_F(QtViewEffectPictureTest, SceneEffectsAreLaidOverTheWholePictureOneAfterTh
     view.loadEffect(half, "", 0, 0);
     repaintView(view);
     EXPECT_NEAR(middle().red(), 128, 2);
-    EXPECT_NEAR(corner().green(), background.green() / 2, 2);
+    EXPECT_NEAR(corner().green(), 0.5 * background.green(), 2);
     view.loadEffect(half, "", 0, 0);
     repaintView(view);
     EXPECT_NEAR(middle().red(), 64, 2);
