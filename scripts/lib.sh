@@ -3,7 +3,7 @@
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # Packages of Debian 12, by what they are needed for. (zlib1g-dev is missing among what libassimp-dev needs.)
-build_packages="cmake g++ ninja-build ccache qtbase5-dev libopenscenegraph-dev libassimp-dev zlib1g-dev
+build_packages="cmake g++ ninja-build ccache qtbase5-dev qttools5-dev libopenscenegraph-dev libassimp-dev zlib1g-dev
     libboost-dev libeigen3-dev libgl-dev libegl-dev libopengl-dev"
 display_packages="xvfb xauth libgl1-mesa-dri fonts-dejavu-core"
 test_packages="libgtest-dev libgmock-dev assimp-testmodels xdotool"

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "qt/plugins/WidgetPlugin.h"
+
+namespace halvern::qt {
+
+/// Offers QtProperties to forms.
+class HALVERN_QT_API QtPropertiesPlugin : public WidgetPlugin
+{
+    Q_OBJECT
+    Q_INTERFACES(QDesignerCustomWidgetInterface)
+
+public:
+    explicit QtPropertiesPlugin(QObject* parent = nullptr);
+
+    QWidget* createWidget(QWidget* parent) override;
+
+protected:
+    const Texts& texts() const override;
+};
+
+} // namespace halvern::qt

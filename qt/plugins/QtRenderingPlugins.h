@@ -1,0 +1,23 @@
+#pragma once
+
+#include "engine/Export.h"
+
+#include <QList>
+#include <QObject>
+#include <QtUiPlugin/QDesignerCustomWidgetCollectionInterface>
+
+/// What Qt Designer and QUiLoader find in the library: one plugin per widget that can be put on a form.
+class HALVERN_QT_API QtRenderingPlugins : public QObject, public QDesignerCustomWidgetCollectionInterface
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID "org.qt-project.Qt.QDesignerCustomWidgetCollectionInterface")
+    Q_INTERFACES(QDesignerCustomWidgetCollectionInterface)
+
+public:
+    explicit QtRenderingPlugins(QObject* parent = nullptr);
+
+    QList<QDesignerCustomWidgetInterface*> customWidgets() const override;
+
+private:
+    QList<QDesignerCustomWidgetInterface*> plugins;
+};

@@ -1,0 +1,92 @@
+#include "qt/plugins/QtRenderingPlugins.h"
+#include "engine/window/Window.h"
+#include "qt/QtView.h"
+
+#include <QJsonObject>
+#include <QPluginLoader>
+#include <QTest>
+#include <QtUiPlugin/QDesignerCustomWidgetInterface>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+using halvern::qt::QtView;
+
+namespace {
+
+class QtRenderingPluginsTest : public testing::Test
+{
+protected:
+    QList<QDesignerCustomWidgetInterface*> plugins()
+    {
+        const auto* collection = qobject_cast<QDesignerCustomWidgetCollectionInterface*>(loader.instance());
+        return collection ? collection->customWidgets() : QList<QDesignerCustomWidgetInterface*>();
+    }
+
+    QPluginLoader loader{HALVERN_QT_LIBRARY};
+};
+
+} // namespace
+
+TEST_F(QtRenderingPluginsTest, MetadataIsThatOfACollection)
+{
+    const QJsonObject data = loader.metaData();
+    EXPECT_EQ(data["IID"].toString(), "org.qt-project.Qt.QDesignerCustomWidgetCollectionInterface");
+    EXPECT_EQ(data["className"].toString(), "QtRenderingPlugins");
+    EXPECT_EQ(data["version"].toInt(), QT_VERSION & 0xffff00);
+    EXPECT_TRUE(data["MetaData"].toObject().isEmpty());
+#ifdef QT_NO_DEBUG
+    EXPECT_FALSE(data["debug"].toBool(true));
+#endif
+}
+
+TEST_F(QtRenderingPluginsTest, InstanceIsOneParentlessCollection)
+{
+    QObject* instance = loader.instance();
+    ASSERT_TRUE(instance) << qPrintable(loader.errorString());
+    EXPECT_STREQ(instance->metaObject()->className(), "QtRenderingPlugins");
+    EXPECT_FALSE(instance->parent());
+    EXPECT_EQ(QPluginLoader(HALVERN_QT_LIBRARY).instance(), instance);
+}
+
+TEST_F(QtRenderingPluginsTest, PluginsAreChildrenOfTheCollectionInTheirOrder)
+{
+    const auto plugins = this->plugins();
+    const QObjectList children = loader.instance()->children();
+    ASSERT_EQ(plugins.size(), 5);
+    ASSERT_EQ(children.size(), 5);
+    QStringList names;
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(dynamic_cast<QObject*>(plugins[i]), children[i]) << i;
+        names += plugins[i]->name();
+    }
+    EXPECT_EQ(names.join(' '), "halvern::qt::QtView halvern::qt::QtFXMaterial halvern::qt::QtScene "
+                               "halvern::qt::QtProperties halvern::qt::QtMaterialPanel");
+    EXPECT_EQ(this->plugins(), plugins);
+}
+
+TEST_F(QtRenderingPluginsTest, InitializeRaisesThePluginsFlagForGoodAndNeedsNoEditor)
+{
+    const QtRenderingPlugins collection;
+    for (QDesignerCustomWidgetInterface* plugin : collection.customWidgets()) {
+        EXPECT_FALSE(plugin->isInitialized());
+        plugin->initialize(nullptr);
+        EXPECT_TRUE(plugin->isInitialized());
+        plugin->initialize(nullptr);
+        EXPECT_TRUE(plugin->isInitialized());
+    }
+}
+
+TEST_F(QtRenderingPluginsTest, ViewIsNamedAfterItsPlugin)
+{
+    const std::unique_ptr<QWidget> widget(plugins().value(0)->createWidget(nullptr));
+    auto* view = qobject_cast<QtView*>(widget.get());
+    ASSERT_TRUE(view);
+    view->show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(view));
+    if (!view->isValid())
+        GTEST_SKIP() << "there is no OpenGL";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return bool(view->getWindow()); }));
+    EXPECT_EQ(view->getWindow()->getName(), "QtViewPlugin::window");
+}
