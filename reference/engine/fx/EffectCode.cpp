@@ -5,8 +5,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdio>
 #include <functional>
-#include <regex>
+#include <sstream>
 
 namespace halvern::engine::fx {
 
@@ -291,18 +292,29 @@ struct GLObject
     ~GLObject() { destroy(name); }
 };
 
-/// The message and the place of the first error in a log.
+/// The first line of a log that tells of an error.
+std::string firstError(const std::string& log)
+{
+    std::istringstream lines(log);
+    std::string line;
+    while (std::getline(lines, line))
+        if (line.find("rror") != std::string::npos)
+            return line;
+    return log.substr(0, log.find('\n'));
+}
+
+/// "0:12(5): error: message", "0(12) : error C1: message" or "ERROR: 0:12: message", as the driver has it.
 EffectError makeError(const EffectPass& pass, const ShaderText& text, const std::string& log)
 {
-    static const std::regex pattern(R"((\d+)[:(](\d+)\)?(?:\((\d+)\))?\s*:\s*(?:error[^:]*:\s*)?(.*))",
-                                    std::regex::icase);
+    const std::string line = firstError(log);
+    Place inText{0, 1};
+    if (std::sscanf(line.c_str(), "%*d:%d(%d)", &inText.line, &inText.column) != 2 &&
+        std::sscanf(line.c_str(), "%*d(%d)", &inText.line) != 1)
+        std::sscanf(line.c_str(), "ERROR: %*d:%d", &inText.line);
     Place found = pass.syntax().place;
-    std::smatch match;
-    if (!std::regex_search(log, match, pattern))
-        return EffectError(pass.effect->fileName, found, log.substr(0, log.find('\n')));
-    const Place inText{std::stoi(match[2]), match[3].matched ? std::stoi(match[3]) : 1};
     text.find(inText, found);
-    return EffectError(pass.effect->fileName, found, match[4]);
+    const size_t message = line.find("error: ");
+    return EffectError(pass.effect->fileName, found, message == line.npos ? line : line.substr(message + 7));
 }
 
 template <class GetParameter, class GetLog>
