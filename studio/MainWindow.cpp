@@ -3,9 +3,10 @@
 #include "qt/QtView.h"
 #include "studio/FrameDriver.h"
 #include "studio/Log.h"
+#include "studio/Panels.h"
 #include "studio/RecentFiles.h"
-#include "studio/SceneDock.h"
 #include "studio/Session.h"
+#include "studio/UndoHistory.h"
 
 #include <QCoreApplication>
 #include <QFileDialog>
@@ -56,7 +57,7 @@ MainWindow::MainWindow(SceneLoader* newLoader, bool newRemembers) : loader(newLo
 
     setWindowTitle(tr("Halvern Studio"));
     resize(1280, 800);
-    resizeDocks({sceneDock}, {300}, Qt::Horizontal);
+    panels->arrange();
     if (remembers) {
         restoreGeometry(QSettings().value(GeometryKey).toByteArray());
         restoreState(QSettings().value(StateKey).toByteArray());
@@ -81,10 +82,9 @@ void MainWindow::createView()
 
 void MainWindow::createDocks()
 {
-    sceneDock = new SceneDock(session->getEventManager());
-    addDockWidget(Qt::LeftDockWidgetArea, sceneDock);
-    // Queued, so that the frame is on screen before the tree is filled.
-    connect(frameDriver, &FrameDriver::frameShown, sceneDock, &SceneDock::fill, Qt::QueuedConnection);
+    panels = new Panels(this, session->getEventManager());
+    // Queued, so that the frame is on screen before the panels are filled.
+    connect(frameDriver, &FrameDriver::frameShown, panels, &Panels::fill, Qt::QueuedConnection);
 }
 
 void MainWindow::createMenus()
@@ -99,14 +99,18 @@ void MainWindow::createMenus()
     file->addSeparator();
     file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(Qt::CTRL | Qt::Key_Q));
 
+    QMenu* edit = menuBar()->addMenu(tr("&Edit"));
+    undoHistory = new UndoHistory(session->getEventManager(), this);
+    edit->addAction(undoHistory->createUndoAction(this));
+    edit->addAction(undoHistory->createRedoAction(this));
+
     QMenu* viewMenu = menuBar()->addMenu(tr("&View"));
     statistics = addSwitch(*viewMenu, tr("&Statistics"), &qt::QtView::setShowStats);
     logo = addSwitch(*viewMenu, tr("&Logo"), &qt::QtView::enableLogo);
     logo->setEnabled(false); // until there is one
     addSwitch(*viewMenu, tr("&Presentation Mode"), &qt::QtView::setPresentationMode);
     viewMenu->addSeparator();
-    viewMenu->addAction(sceneDock->toggleViewAction());
-    viewMenu->addAction(tr("&Find Node"), sceneDock, &SceneDock::find, QKeySequence::Find);
+    panels->addActions(*viewMenu);
 
     QMenu* help = menuBar()->addMenu(tr("&Help"));
     help->addAction(tr("&About Halvern Studio"), this, &MainWindow::about);
@@ -193,7 +197,7 @@ void MainWindow::showStatistics(bool shown)
 
 void MainWindow::fillDocks()
 {
-    sceneDock->fill();
+    panels->fill();
 }
 
 void MainWindow::about()
@@ -225,8 +229,9 @@ void MainWindow::showStart(const QString& file)
 void MainWindow::showLoaded(const LoadedScene& loaded)
 {
     endLoading({});
-    sceneDock->open(loaded.scene.sceneManager);
+    panels->open(loaded.scene.sceneManager);
     session->open(loaded.scene.sceneManager);
+    undoHistory->open(loaded.scene.sceneManager);
     setWindowTitle(tr("%1 - Halvern Studio").arg(QFileInfo(loaded.file).fileName()));
     counts->setText(describe(loaded.scene.counts));
     showWarnings(loaded.scene.warnings);

@@ -18,9 +18,10 @@ class QtView;
 namespace halvern::studio {
 
 class FrameDriver;
+class Panels;
 class RecentFiles;
-class SceneDock;
 class Session;
+class UndoHistory;
 
 /// The window of the studio: the view, the docks, the menus and the status bar.
 class MainWindow : public QMainWindow
@@ -79,7 +80,8 @@ private:
     qt::QtView* view;
     Session* session;
     FrameDriver* frameDriver;
-    SceneDock* sceneDock;
+    Panels* panels;
+    UndoHistory* undoHistory;
     RecentFiles* recentFiles;
     QAction* statistics;
     QAction* logo;

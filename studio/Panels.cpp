@@ -1,0 +1,93 @@
+#include "studio/Panels.h"
+
+#include "engine/core/event/EventManager.h"
+#include "engine/scene/SceneManager.h"
+#include "qt/QtAnimationDock.h"
+#include "qt/QtMaterialPanel.h"
+#include "qt/QtProperties.h"
+#include "studio/SceneDock.h"
+
+#include <QMainWindow>
+#include <QMenu>
+
+#include <utility>
+
+namespace halvern::studio {
+
+Panels::Panels(QMainWindow* newWindow, boost::shared_ptr<core::event::EventManager> newEventManager) :
+    QObject(newWindow), window(newWindow), eventManager(std::move(newEventManager))
+{
+    sceneDock = new SceneDock(eventManager);
+    window->addDockWidget(Qt::LeftDockWidgetArea, sceneDock);
+    propertiesDock = addDock(Qt::RightDockWidgetArea, tr("Properties"), "Halvern_Properties");
+    materialDock = addDock(Qt::RightDockWidgetArea, tr("Materials"), "Halvern_Materials");
+    animationDock = new qt::QtAnimationDock;
+    animationDock->setObjectName("Halvern_Animation");
+    animationDock->setWindowTitle(tr("Animation"));
+    window->addDockWidget(Qt::BottomDockWidgetArea, animationDock);
+    animationDock->hide(); // in sight it paints all the time
+    connect(animationDock, &QDockWidget::visibilityChanged, this, &Panels::fillAnimations);
+}
+
+void Panels::arrange()
+{
+    window->resizeDocks({sceneDock, propertiesDock}, {300, 320}, Qt::Horizontal);
+    window->resizeDocks({propertiesDock, materialDock}, {400, 400}, Qt::Vertical);
+}
+
+QDockWidget* Panels::addDock(Qt::DockWidgetArea area, const QString& title, const QString& name)
+{
+    auto* dock = new QDockWidget(title);
+    dock->setObjectName(name);
+    window->addDockWidget(area, dock);
+    return dock;
+}
+
+void Panels::addActions(QMenu& menu)
+{
+    for (QDockWidget* dock : {static_cast<QDockWidget*>(sceneDock), propertiesDock, materialDock,
+                              static_cast<QDockWidget*>(animationDock)})
+        menu.addAction(dock->toggleViewAction());
+    menu.addAction(tr("&Find Node"), sceneDock, &SceneDock::find, QKeySequence::Find);
+}
+
+void Panels::open(boost::shared_ptr<scene::SceneManager> sceneManager)
+{
+    sceneDock->open(sceneManager);
+    announced = std::move(sceneManager);
+}
+
+void Panels::fill()
+{
+    if (!announced)
+        return;
+    build();
+    const auto sceneManager = std::exchange(announced, nullptr);
+    sceneDock->fill();
+    properties->setSceneManager(sceneManager);
+    materials->setSceneManager(sceneManager);
+    // What was selected in the scene before is not there any more.
+    eventManager->triggerEvent("SelectObject", ", Studio");
+    toAnimate = sceneManager;
+    fillAnimations();
+}
+
+void Panels::fillAnimations()
+{
+    if (animationDock->isVisible() && toAnimate)
+        animationDock->setSceneManager(std::exchange(toAnimate, nullptr));
+}
+
+void Panels::build()
+{
+    if (properties)
+        return;
+    properties = new qt::QtProperties;
+    properties->setEventManager(eventManager);
+    propertiesDock->setWidget(properties);
+    materials = new qt::QtMaterialPanel;
+    materials->setEventManager(eventManager);
+    materialDock->setWidget(materials);
+}
+
+} // namespace halvern::studio
