@@ -37,15 +37,21 @@ function(halvern_program name)
 endfunction()
 
 # halvern_library(<name> <EXPORT_PREFIX> <sources...>)
-# A shared library with hidden visibility; <EXPORT_PREFIX>_BUILD is defined while it is compiled.
+# A shared library with hidden visibility; <EXPORT_PREFIX>_BUILD is defined while it is compiled. Who uses the
+# installed package links halvern_foo as halvern::foo.
 function(halvern_library name prefix)
+    string(REPLACE halvern_ "" exported ${name})
     add_library(${name} SHARED ${ARGN})
-    add_library(halvern::${name} ALIAS ${name})
+    add_library(halvern::${exported} ALIAS ${name})
     target_compile_definitions(${name} PRIVATE ${prefix}_BUILD)
     target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:halvern_options>)
     set_target_properties(${name} PROPERTIES
+        EXPORT_NAME ${exported}
+        INSTALL_RPATH "$<$<BOOL:${HALVERN_RELOCATABLE}>:$ORIGIN>"
         VERSION ${PROJECT_VERSION}
         SOVERSION ${PROJECT_VERSION_MAJOR}
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
+    install(TARGETS ${name} EXPORT halvern
+            LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
 endfunction()
