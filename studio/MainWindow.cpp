@@ -1,6 +1,7 @@
 #include "studio/MainWindow.h"
 
 #include "qt/QtView.h"
+#include "reference/engine/fx/EffectFiles.h"
 #include "studio/FrameDriver.h"
 #include "studio/Log.h"
 #include "studio/Panels.h"
@@ -9,6 +10,7 @@
 #include "studio/UndoHistory.h"
 
 #include <QCoreApplication>
+#include <QDragEnterEvent>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QImageReader>
@@ -16,10 +18,12 @@
 #include <QLocale>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QSettings>
 #include <QStatusBar>
+#include <QUrl>
 #include <QVBoxLayout>
 
 namespace halvern::studio {
@@ -45,6 +49,20 @@ QString modelFilter()
     return MainWindow::tr("Models (%1)").arg(patterns.join(' '));
 }
 
+QStringList droppedFiles(const QMimeData& data)
+{
+    QStringList files;
+    for (const QUrl& url : data.urls())
+        if (url.isLocalFile())
+            files.append(url.toLocalFile());
+    return files;
+}
+
+bool isEffect(const QString& file)
+{
+    return QFileInfo(file).suffix().compare("fx", Qt::CaseInsensitive) == 0;
+}
+
 } // namespace
 
 MainWindow::MainWindow(SceneLoader* newLoader, bool newRemembers) : loader(newLoader), remembers(newRemembers)
@@ -56,6 +74,7 @@ MainWindow::MainWindow(SceneLoader* newLoader, bool newRemembers) : loader(newLo
     connectLoader();
 
     setWindowTitle(tr("Halvern Studio"));
+    setAcceptDrops(true);
     resize(1280, 800);
     panels->arrange();
     if (remembers) {
@@ -95,6 +114,7 @@ void MainWindow::createMenus()
     recentFiles->menuAction()->setVisible(remembers);
     connect(recentFiles, &RecentFiles::chosen, loader, &SceneLoader::load);
     file->addMenu(recentFiles);
+    file->addAction(tr("Load &Effect..."), this, &MainWindow::chooseEffect);
     file->addAction(tr("Set &Logo..."), this, &MainWindow::chooseLogo);
     file->addSeparator();
     file->addAction(tr("&Quit"), this, &QWidget::close, QKeySequence(Qt::CTRL | Qt::Key_Q));
@@ -169,6 +189,22 @@ void MainWindow::chooseFile()
     dialog->open();
 }
 
+void MainWindow::chooseEffect()
+{
+    auto* dialog = new QFileDialog(this, tr("Load an effect"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setNameFilters({tr("Effects (*.fx)"), tr("All files (*)")});
+    dialog->setDirectory(QString::fromStdString(engine::fx::getEffectFolder()));
+    connect(dialog, &QFileDialog::fileSelected, this, &MainWindow::loadEffect);
+    dialog->open();
+}
+
+void MainWindow::loadEffect(const QString& file)
+{
+    view->loadEffect(file.toStdString(), panels->getSelectedID().toStdString(), 0, 0);
+}
+
 void MainWindow::chooseLogo()
 {
     auto* dialog = new QFileDialog(this, tr("Set the logo"));
@@ -218,6 +254,22 @@ void MainWindow::closeEvent(QCloseEvent* event)
         QSettings().setValue(StateKey, saveState());
     }
     QMainWindow::closeEvent(event);
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!droppedFiles(*event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event)
+{
+    for (const QString& file : droppedFiles(*event->mimeData()))
+        if (isEffect(file))
+            loadEffect(file);
+        else
+            loader->load(file);
+    event->acceptProposedAction();
 }
 
 void MainWindow::showStart(const QString& file)

@@ -42,8 +42,13 @@ public:
     /// Shows the picture in the corner of the view; a message tells why it cannot be read.
     void setLogo(const QString& file);
 
+    /// Puts an object effect on the selected node, a scene effect on the view. The view's messages tell what
+    /// is wrong with the file.
+    void loadEffect(const QString& file);
+
 public slots:
     void chooseFile();
+    void chooseEffect();
     void chooseLogo();
     void about();
 
@@ -56,6 +61,10 @@ signals:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+
+    /// Takes files from the desktop: effects and models.
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private slots:
     void showStart(const QString& file);

@@ -57,6 +57,11 @@ void Panels::open(boost::shared_ptr<scene::SceneManager> sceneManager)
     announced = std::move(sceneManager);
 }
 
+QString Panels::getSelectedID() const
+{
+    return sceneDock->getSelectedID();
+}
+
 void Panels::fill()
 {
     if (!announced)

@@ -42,6 +42,9 @@ public:
     /// Announces a scene that is about to be attached.
     void open(boost::shared_ptr<scene::SceneManager> sceneManager);
 
+    /// The ID of the first node that is selected in the tree; empty when none is.
+    QString getSelectedID() const;
+
 public slots:
     /// Shows the scene that open() announced; without one it does nothing.
     void fill();

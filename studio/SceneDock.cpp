@@ -31,6 +31,13 @@ void SceneDock::open(boost::shared_ptr<scene::SceneManager> sceneManager)
         panel->setEventManager(nullptr); // it would show the old scene once more
 }
 
+QString SceneDock::getSelectedID() const
+{
+    const auto* tree = panel ? panel->findChild<QTreeWidget*>() : nullptr;
+    const auto selected = tree ? tree->selectedItems() : QList<QTreeWidgetItem*>();
+    return selected.isEmpty() ? QString() : selected.first()->text(1);
+}
+
 void SceneDock::fill()
 {
     if (!announced)

@@ -30,6 +30,9 @@ public:
     /// Announces a scene that is about to be attached; until fill() the tree follows no events.
     void open(boost::shared_ptr<scene::SceneManager> sceneManager);
 
+    /// The ID of the first node that is selected in the tree; empty when none is.
+    QString getSelectedID() const;
+
 public slots:
     /// Shows the scene that open() announced; without one it does nothing.
     void fill();
