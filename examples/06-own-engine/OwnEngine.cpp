@@ -10,7 +10,6 @@
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLFunctions>
 
-#include <cmath>
 #include <locale>
 #include <sstream>
 
