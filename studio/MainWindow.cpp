@@ -101,7 +101,7 @@ void MainWindow::createView()
 
 void MainWindow::createDocks()
 {
-    panels = new Panels(this, session->getEventManager());
+    panels = new Panels(this, view, session->getEventManager());
     // Queued, so that the frame is on screen before the panels are filled.
     connect(frameDriver, &FrameDriver::frameShown, panels, &Panels::fill, Qt::QueuedConnection);
 }

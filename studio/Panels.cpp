@@ -2,9 +2,12 @@
 
 #include "engine/core/event/EventManager.h"
 #include "engine/scene/SceneManager.h"
+#include "engine/window/Window.h"
 #include "qt/QtAnimationDock.h"
+#include "qt/QtFXMaterial.h"
 #include "qt/QtMaterialPanel.h"
 #include "qt/QtProperties.h"
+#include "qt/QtView.h"
 #include "studio/SceneDock.h"
 
 #include <QMainWindow>
@@ -14,13 +17,15 @@
 
 namespace halvern::studio {
 
-Panels::Panels(QMainWindow* newWindow, boost::shared_ptr<core::event::EventManager> newEventManager) :
-    QObject(newWindow), window(newWindow), eventManager(std::move(newEventManager))
+Panels::Panels(QMainWindow* newWindow, qt::QtView* newView,
+               boost::shared_ptr<core::event::EventManager> newEventManager) :
+    QObject(newWindow), window(newWindow), view(newView), eventManager(std::move(newEventManager))
 {
     sceneDock = new SceneDock(eventManager);
     window->addDockWidget(Qt::LeftDockWidgetArea, sceneDock);
     propertiesDock = addDock(Qt::RightDockWidgetArea, tr("Properties"), "Halvern_Properties");
     materialDock = addDock(Qt::RightDockWidgetArea, tr("Materials"), "Halvern_Materials");
+    parameterDock = addDock(Qt::RightDockWidgetArea, tr("Material"), "Halvern_Material");
     animationDock = new qt::QtAnimationDock;
     animationDock->setObjectName("Halvern_Animation");
     animationDock->setWindowTitle(tr("Animation"));
@@ -32,7 +37,7 @@ Panels::Panels(QMainWindow* newWindow, boost::shared_ptr<core::event::EventManag
 void Panels::arrange()
 {
     window->resizeDocks({sceneDock, propertiesDock}, {300, 320}, Qt::Horizontal);
-    window->resizeDocks({propertiesDock, materialDock}, {400, 400}, Qt::Vertical);
+    window->resizeDocks({propertiesDock, materialDock, parameterDock}, {300, 200, 300}, Qt::Vertical);
 }
 
 QDockWidget* Panels::addDock(Qt::DockWidgetArea area, const QString& title, const QString& name)
@@ -46,7 +51,7 @@ QDockWidget* Panels::addDock(Qt::DockWidgetArea area, const QString& title, cons
 void Panels::addActions(QMenu& menu)
 {
     for (QDockWidget* dock : {static_cast<QDockWidget*>(sceneDock), propertiesDock, materialDock,
-                              static_cast<QDockWidget*>(animationDock)})
+                              parameterDock, static_cast<QDockWidget*>(animationDock)})
         menu.addAction(dock->toggleViewAction());
     menu.addAction(tr("&Find Node"), sceneDock, &SceneDock::find, QKeySequence::Find);
 }
@@ -71,6 +76,7 @@ void Panels::fill()
     sceneDock->fill();
     properties->setSceneManager(sceneManager);
     materials->setSceneManager(sceneManager);
+    parameters->setFXManager(view->getWindow()->getFXManager());
     // What was selected in the scene before is not there any more.
     eventManager->triggerEvent("SelectObject", ", Studio");
     toAnimate = sceneManager;
@@ -93,6 +99,9 @@ void Panels::build()
     materials = new qt::QtMaterialPanel;
     materials->setEventManager(eventManager);
     materialDock->setWidget(materials);
+    parameters = new qt::QtFXMaterial;
+    parameters->setEventManager(eventManager);
+    parameterDock->setWidget(parameters);
 }
 
 } // namespace halvern::studio

@@ -13,8 +13,10 @@ class EventManager;
 }
 namespace halvern::qt {
 class QtAnimationDock;
+class QtFXMaterial;
 class QtMaterialPanel;
 class QtProperties;
+class QtView;
 } // namespace halvern::qt
 namespace halvern::scene {
 class SceneManager;
@@ -31,7 +33,8 @@ class Panels : public QObject
     Q_OBJECT
 public:
     /// The docks belong to the window.
-    Panels(QMainWindow* newWindow, boost::shared_ptr<core::event::EventManager> newEventManager);
+    Panels(QMainWindow* newWindow, qt::QtView* newView,
+           boost::shared_ptr<core::event::EventManager> newEventManager);
 
     /// The widths and heights that the docks have in a window of this size until the user changes them.
     void arrange();
@@ -58,6 +61,7 @@ private:
     void build();
 
     QMainWindow* const window;
+    qt::QtView* const view;
     const boost::shared_ptr<core::event::EventManager> eventManager;
     boost::shared_ptr<scene::SceneManager> announced;
     boost::shared_ptr<scene::SceneManager> toAnimate; ///< what the animation dock does not show yet
@@ -65,11 +69,13 @@ private:
     SceneDock* sceneDock;
     QDockWidget* propertiesDock;
     QDockWidget* materialDock;
+    QDockWidget* parameterDock;
     qt::QtAnimationDock* animationDock;
 
     // Made when they are first filled.
     qt::QtProperties* properties = nullptr;
     qt::QtMaterialPanel* materials = nullptr;
+    qt::QtFXMaterial* parameters = nullptr;
 };
 
 } // namespace halvern::studio

@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QDockWidget>
 #include <QKeySequence>
+#include <QSlider>
 #include <QTabWidget>
 #include <QTableView>
 #include <QTreeView>
@@ -67,8 +68,8 @@ protected:
 TEST_F(PanelsTest, EveryPanelHasADockOfItsName)
 {
     open(Showcase);
-    for (const char* name :
-         {"Halvern_Scene_Tree", "Halvern_Properties", "Halvern_Materials", "Halvern_Animation"}) {
+    for (const char* name : {"Halvern_Scene_Tree", "Halvern_Properties", "Halvern_Materials",
+                             "Halvern_Material", "Halvern_Animation"}) {
         ASSERT_TRUE(dock(name)) << name;
         EXPECT_EQ(dock(name)->isVisible(), QString(name) != "Halvern_Animation") << name;
     }
@@ -164,4 +165,25 @@ TEST_F(PanelsTest, TheMaterialsOfTheSceneAreShown)
     };
     EXPECT_GE(count, 9);
     EXPECT_TRUE(waitFor([&] { return shown() == count; })) << shown() << " of " << count;
+}
+
+TEST_F(PanelsTest, AParameterOfTheChosenMaterialChangesThePicture)
+{
+    open(Showcase);
+    auto* table = qobject_cast<QTableView*>(dock("Halvern_Materials")->widget());
+    ASSERT_TRUE(table);
+    const auto lawn = [&] {
+        return table->model()->match(table->model()->index(0, 1), Qt::DisplayRole, "Lawn").value(0);
+    };
+    ASSERT_TRUE(waitFor([&] { return lawn().isValid(); }));
+    click(*table->viewport(), table->visualRect(lawn()).center());
+
+    QSlider* slider = nullptr;
+    ASSERT_TRUE(waitFor([&] {
+        return (slider = dock("Halvern_Material")->findChild<QSlider*>()) != nullptr;
+    })) << "no editor came";
+    const QImage still = picture();
+    slider->setFocus();
+    QTest::keyClick(slider, Qt::Key_End);
+    EXPECT_GT(countChanged(still, picture()), 5000);
 }
