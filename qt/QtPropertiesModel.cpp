@@ -176,11 +176,12 @@ bool QtPropertiesModel::setData(const QModelIndex& index, const QVariant& value,
     PropertyItem* item = getItem(index);
     if (role != Qt::EditRole || !item->setData(index.column(), value))
         return false;
-    PendingGroup group{shownNode, makeWrite(item->parent())};
+    PendingGroup group{shownNode, makeWrite(item->parent()), isBeingEdited(item->parent())};
     {
         const std::lock_guard<std::mutex> lock(pendingLock);
+        if (group.isBeingEdited)
+            ++unwrittenCount;
         pendingGroups.push_back(std::move(group));
-        ++unwrittenCount;
     }
     emit dataChanged(index, index);
     return true;
@@ -284,32 +285,36 @@ bool QtPropertiesModel::update()
         const std::lock_guard<std::mutex> lock(pendingLock);
         groups.swap(pendingGroups);
     }
-    const std::size_t count = groups.size();
+    const bool isAny = !groups.empty();
+    int writtenCount = 0;
     while (!groups.empty()) {
         const PendingGroup group = std::move(groups.front());
         groups.pop_front();
         if (group.node && group.write && boost::atomic_load(&node))
             group.write(*group.node);
+        if (group.isBeingEdited)
+            ++writtenCount;
     }
     const std::lock_guard<std::mutex> lock(pendingLock);
-    unwrittenCount -= count;
-    return count > 0;
+    unwrittenCount -= writtenCount;
+    return isAny;
 }
 
 void QtPropertiesModel::createProperties()
 {
-    if (boost::atomic_load(&node) == shownNode && areInstanceRowsHeld()) {
-        fillProperties();
-        return;
-    }
-    if (boost::atomic_load(&node) != shownNode) {
+    auto selected = boost::atomic_load(&node);
+    if (selected != shownNode) {
         commitValueEdit(); // still of the old node; whoever hears of it may select yet another one
-        shownNode = boost::atomic_load(&node);
-        ++shownCount;
+        selected = boost::atomic_load(&node);
     }
-    removeInstanceRows(lightsItem);
-    removeInstanceRows(camerasItem);
-    createInstanceRows();
+    const bool isAnother = std::exchange(shownNode, selected) != selected;
+    if (isAnother)
+        ++shownCount;
+    if (isAnother || !areInstanceRowsHeld()) {
+        removeInstanceRows(lightsItem);
+        removeInstanceRows(camerasItem);
+        createInstanceRows();
+    }
     fillProperties();
 }
 
@@ -607,10 +612,15 @@ void QtPropertiesModel::announceRotation(int axis, float degrees)
     scene->triggerEvent("RotationAction", text.str());
 }
 
+bool QtPropertiesModel::isBeingEdited(const PropertyItem* group) const
+{
+    return editInProgress && editIndex.isValid() && getItem(editIndex)->parent() == group;
+}
+
 /// A value that is being typed would otherwise be overwritten by the node's, which is older.
 bool QtPropertiesModel::isAheadOfItsNode(const PropertyItem* group) const
 {
-    if (!editInProgress || !editIndex.isValid() || getItem(editIndex)->parent() != group)
+    if (!isBeingEdited(group))
         return false;
     const std::lock_guard<std::mutex> lock(pendingLock);
     return unwrittenCount > 0;

@@ -107,6 +107,7 @@ private:
     {
         boost::shared_ptr<HS::Node> node;
         GroupWrite write; // empty for a row that is no part of a node's state
+        bool isBeingEdited = false;
     };
 
     void handleObjectSelected(const HCE::Event& event);
@@ -135,6 +136,8 @@ private:
     void announceTranslation(int axis, float difference);
     void announceRotation(int axis, float degrees);
 
+    bool isBeingEdited(const PropertyItem* group) const;
+
     /// Whether the group is being edited and holds what its node has yet to get.
     bool isAheadOfItsNode(const PropertyItem* group) const;
 
@@ -160,7 +163,7 @@ private:
     PropertyItem* idItem = nullptr;
     boost::shared_ptr<HS::Node> shownNode; // what the rows show; `node` may be ahead of it
     int shownCount = 0;
-    std::size_t unwrittenCount = 0; // groups on their way to a node; guarded by pendingLock
+    int unwrittenCount = 0; // edited groups on their way to a node; guarded by pendingLock
 };
 
 } // namespace halvern::qt

@@ -71,9 +71,11 @@ public:
     NodePtr getNodeByID(std::string id) override
     {
         requested.push_back(id);
+        threads.push_back(std::this_thread::get_id());
         return SceneManager::getNodeByID(id);
     }
     std::vector<std::string> requested;
+    std::vector<std::thread::id> threads;
 };
 
 /// A node whose lights and cameras are empty pointers, or fewer than it says.
@@ -170,8 +172,13 @@ TEST(QtPropertiesModelFillTest, NodeIsLookedUpOnceAndOnTheThreadOfTheEvent)
     const auto scene = boost::make_shared<CountingScene>(nullptr);
     scene->setRoot(makeNode("n"));
     stage.model->setSceneManager(scene);
-    stage.select("n");
+    std::thread dispatch([&] { stage.select("n"); });
+    const std::thread::id dispatchID = dispatch.get_id();
+    dispatch.join();
+    QCoreApplication::processEvents();
+    EXPECT_EQ(stage.cell(IDGroup, -1).data(), QVariant("n"));
     EXPECT_THAT(scene->requested, ElementsAre("n"));
+    EXPECT_THAT(scene->threads, ElementsAre(dispatchID));
 }
 
 TEST(QtPropertiesModelFillTest, UnknownIDEmptiesThePanel)

@@ -425,3 +425,38 @@ TEST(QtPropertiesModelWriteTest, ValueWrittenOutsideOfAnEditFollowsTheNodeAtOnce
     stage.model->fillProperties();
     EXPECT_THAT(stage.values(TranslationGroup), ElementsAre(0, 0, 0));
 }
+
+TEST(QtPropertiesModelWriteTest, GroupBeingEditedFollowsTheNodeAsLongAsNothingIsWrittenIntoIt)
+{
+    PropertiesStage stage;
+    stage.select("a");
+    stage.edit(TranslationGroup, 0, 9);
+    stage.model->beginValueEdit(stage.cell(TranslationGroup, 0));
+    stage.edit(ScaleGroup, 0, 5);
+    moveTo(*stage.a, 1, 2, 3);
+    stage.events->triggerEvent("NodeTransformationUpdate", "a");
+    EXPECT_THAT(stage.values(TranslationGroup), ElementsAre(1, 2, 3)) << "only other edits are on their way";
+}
+
+TEST(QtPropertiesModelWriteTest, GroupFollowsTheNodeAgainWhenItsEditIsOverOrItsEditsWereDropped)
+{
+    PropertiesStage stage;
+    for (const bool isDropped : {false, true}) {
+        stage.select("a");
+        stage.model->beginValueEdit(stage.cell(TranslationGroup, 0));
+        stage.edit(TranslationGroup, 0, 5);
+        if (isDropped) {
+            stage.select("");
+            stage.model->update();
+            stage.select("a");
+            stage.model->beginValueEdit(stage.cell(TranslationGroup, 0));
+        } else {
+            stage.model->commitValueEdit();
+        }
+        moveTo(*stage.a, 1, 2, 3);
+        stage.events->triggerEvent("NodeTransformationUpdate", "a");
+        EXPECT_THAT(stage.values(TranslationGroup), ElementsAre(1, 2, 3));
+        moveTo(*stage.a, 0, 0, 0);
+        stage.model->commitValueEdit();
+    }
+}
