@@ -117,7 +117,8 @@ void QtPropertiesItemDelegate::destroyEditor(QWidget* editor, const QModelIndex&
 
 void QtPropertiesItemDelegate::setEditorData(QWidget* editor, const QModelIndex& index) const
 {
-    if (editor->property(shownCountProperty).toInt() != getShownCount(index)) {
+    const QVariant shownCount = editor->property(shownCountProperty);
+    if (shownCount.isValid() && shownCount.toInt() != getShownCount(index)) {
         emit const_cast<QtPropertiesItemDelegate*>(this)->closeEditor(editor); // was made for another node
         return;
     }

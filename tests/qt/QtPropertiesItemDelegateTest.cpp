@@ -201,6 +201,18 @@ TEST_F(QtPropertiesItemDelegateTest, SpinBoxGetsTheCellsNumber)
     EXPECT_EQ(spinBox->cleanText(), "2.00");
 }
 
+TEST_F(QtPropertiesItemDelegateTest, EditorsMadeElsewhereAreFilledToo)
+{
+    QDoubleSpinBox spinBox;
+    delegate.setEditorData(&spinBox, stage.cell(TranslationGroup, 2));
+    EXPECT_EQ(spinBox.value(), 3);
+    stage.edit(LayersGroup, 0, true);
+    QComboBox comboBox;
+    comboBox.addItems({"false", "true"});
+    delegate.setEditorData(&comboBox, stage.cell(LayersGroup, 0));
+    EXPECT_EQ(comboBox.currentIndex(), 1);
+}
+
 TEST_F(QtPropertiesItemDelegateTest, SpinBoxRoundsAndLimitsWhatTheCellHolds)
 {
     auto* spinBox = create<QDoubleSpinBox>(stage.instance(CamerasGroup, 0, 0));
