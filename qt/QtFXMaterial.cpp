@@ -32,8 +32,6 @@
 
 namespace halvern::qt {
 
-using engine::fx::FXEffect;
-
 namespace {
 
 const char* const nameProperty = "FXParameterName";
@@ -460,19 +458,29 @@ void QtFXMaterial::clearGrid()
     std::vector<QWidget*> widgets;
     while (const std::unique_ptr<QLayoutItem> item{gridLayout->takeAt(0)})
         widgets.push_back(item->widget());
+    QWidget* attic = isPainting ? makeAttic() : nullptr;
     for (QWidget* widget : widgets)
-        retire(*widget);
+        retire(*widget, attic);
+}
+
+/// A place for widgets that leave in the middle of a paint, for as long as it takes: Qt may have them in its
+/// list of what is to be painted, and then looks for the way from them to their window.
+QWidget* QtFXMaterial::makeAttic()
+{
+    auto* attic = new QWidget(this);
+    attic->deleteLater();
+    return attic;
 }
 
 /// Deletes a widget of the grid; later, if it may be in the middle of an event of its own.
-void QtFXMaterial::retire(QWidget& widget)
+void QtFXMaterial::retire(QWidget& widget, QWidget* attic)
 {
     if (busyCount == 0) {
         delete &widget;
         return;
     }
     widget.hide();
-    widget.setParent(nullptr);
+    widget.setParent(attic);
     widget.disconnect(this);
     for (QWidget* child : widget.findChildren<QWidget*>())
         child->disconnect(this);

@@ -114,7 +114,8 @@ private:
     void clearGrid();
     void addTechniques();
     void addParameters();
-    void retire(QWidget& widget);
+    QWidget* makeAttic();
+    void retire(QWidget& widget, QWidget* attic);
 
     QColor readColor(engine::fx::FXMaterialParameter& parameter);
     void updateSlider(QWidget& editor, engine::fx::FXMaterialParameter& parameter);

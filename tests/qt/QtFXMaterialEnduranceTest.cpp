@@ -84,6 +84,73 @@ TEST_F(QtFXMaterialEnduranceTest, StandsTwoThousandRebuildsWithThePopupOpenASlid
     EXPECT_EQ(editor->rows().size(), 6u);
 }
 
+TEST_F(QtFXMaterialEnduranceTest, RowsThatAreDueForPaintingMayBeReplacedByTheEditorsOwnPaint)
+{
+    addSlider("size", {0.5f});
+    addColor("tint", {1.0f, 0.0f, 0.0f});
+    QWidget window;
+    editor->setParent(&window);
+    editor->setAutoFillBackground(true); // Qt then paints it, and opaque rows, one after the other
+    editor->setGeometry(0, 0, 400, 500);
+    show();
+    window.resize(400, 500);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    for (int i = 0; i < 50; ++i) {
+        QCoreApplication::processEvents();
+        const QPointer<QWidget> old = &editor->slider(1);
+        send("EffectReloaded", "fx");
+        for (QWidget* widget : editor->container().findChildren<QWidget*>()) {
+            widget->setAttribute(Qt::WA_OpaquePaintEvent);
+            widget->update();
+        }
+        editor->repaint();
+        EXPECT_NE(&editor->slider(1), old);
+    }
+    editor->setParent(nullptr);
+}
+
+TEST_F(QtFXMaterialEnduranceTest, WhatAPaintReplacesIsOutOfTheGridAtOnceAndGoneSoon)
+{
+    addSlider("size", {0.5f});
+    editor->open();
+    show();
+    const QPointer<QWidget> old = &editor->slider(1);
+    handle("EffectReloaded", "fx");
+    EXPECT_EQ(editor->container().findChildren<QSlider*>().size(), 1);
+    EXPECT_EQ(editor->findChild<QSlider*>(), &editor->slider(1));
+    EXPECT_FALSE(old && old->isVisible());
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(old);
+    EXPECT_EQ(editor->findChildren<QSlider*>().size(), 1);
+}
+
+TEST_F(QtFXMaterialEnduranceTest, AHundredThousandEventsOfAnotherThreadLeaveNothingBehindInAHiddenEditor)
+{
+    addSlider("size", {0.5f});
+    const auto threaded = boost::make_shared<HCE::EventManager>(true);
+    editor->setEventManager(threaded);
+    show();
+    std::atomic<bool> isDone{false};
+    const std::size_t before = getHeapInUse();
+    std::thread sender([&] {
+        for (int i = 0; i < 100000; ++i) {
+            threaded->triggerEvent("MaterialParameterUpdated", "m, size");
+            if (i % 100 == 0)
+                threaded->waitUntilIdle();
+        }
+        threaded->waitUntilIdle();
+        isDone = true;
+    });
+    EXPECT_TRUE(QTest::qWaitFor([&] { return isDone.load(); }, 200000));
+    sender.join();
+    QCoreApplication::processEvents();
+    EXPECT_LT(getHeapInUse(), before + 2000000); // Qt keeps room for the calls that it queued
+    material->parameters[0]->values = {0.8f};
+    editor->open();
+    EXPECT_TRUE(waitFor([&] { return editor->slider(1).value() == 8; }));
+}
+
 TEST_F(QtFXMaterialEnduranceTest, EditorsMayEndWhileThreeThreadsSendTheirEvents)
 {
     addSlider("size", {0.5f});
