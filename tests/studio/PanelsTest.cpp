@@ -3,6 +3,7 @@
 #include "engine/scene/AnimationManager.h"
 
 #include <QAbstractItemModel>
+#include <QColorDialog>
 #include <QComboBox>
 #include <QDockWidget>
 #include <QKeySequence>
@@ -122,6 +123,26 @@ TEST_F(PanelsTest, ATypedAngleTurnsTheNodeAndUndoTakesItBack)
     ASSERT_TRUE(waitFor([&] { return (undo = findAction("&Undo Turn Colonnade")) != nullptr; }));
     undo->trigger();
     EXPECT_TRUE(waitFor([&] { return turned() < 1e-5F; }));
+}
+
+TEST_F(PanelsTest, AColourOfALightChangesThePictureWhileItsDialogIsOpen)
+{
+    open(Showcase);
+    select("Sun");
+    dock("Halvern_Properties")->findChild<QTabWidget*>()->setCurrentIndex(2);
+    const QAbstractItemModel& model = *properties()->model();
+    const QModelIndex lights = model.match(model.index(0, 0), Qt::DisplayRole, "Lights").value(0);
+    ASSERT_TRUE(waitFor([&] { return model.rowCount(lights) == 1; }));
+    const QImage still = picture();
+
+    properties()->expandAll();
+    const QModelIndex index = model.index(0, 1, model.index(0, 0, lights));
+    properties()->setCurrentIndex(index);
+    auto* dialog = qobject_cast<QColorDialog*>(properties()->indexWidget(index));
+    ASSERT_TRUE(dialog);
+    dialog->setCurrentColor(QColor(0, 0, 255));
+    EXPECT_TRUE(waitFor([&] { return countChanged(still, picture()) > 1000; }));
+    EXPECT_TRUE(dialog->isVisible());
 }
 
 TEST_F(PanelsTest, AnotherSceneHasNothingToUndo)
