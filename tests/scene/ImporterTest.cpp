@@ -95,6 +95,19 @@ TEST_F(ImporterTest, CountsBeyondTheFileAreRefusedBeforeMemoryIsTaken)
     EXPECT_EQ(errorOf(folder.write("good.off", "OFF\n3 1 0\n0 0 0\n1 0 0\n0 1 0\n3 0 1 2\n")), "no error");
 }
 
+TEST_F(ImporterTest, ASkinWithoutMatricesIsRefusedByName)
+{
+    const std::string json =
+        R"({"asset":{"version":"2.0"},"nodes":[{"name":"bone"}],"skins":[{"joints":[0]}]})";
+    EXPECT_THAT(errorOf(folder.write("a.gltf", json)),
+                HasSubstr("a.gltf: skin 0 has no inverseBindMatrices"));
+
+    std::string binary = std::string("glTF\2\0\0\0", 8) + std::string(4, '\0');
+    binary += std::string{static_cast<char>(json.size()), 0, 0, 0} + "JSON" + json;
+    EXPECT_THAT(errorOf(folder.write("b.glb", binary)),
+                HasSubstr("b.glb: skin 0 has no inverseBindMatrices"));
+}
+
 // ------------------------------------------------------------------------------------------ progress
 
 TEST_F(ImporterTest, ProgressRisesToOne)

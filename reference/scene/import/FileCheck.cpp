@@ -2,6 +2,12 @@
 
 #include "reference/scene/Importer.h"
 
+#include <boost/property_tree/json_parser.hpp>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -38,6 +44,51 @@ static void checkCounts(const std::string& fileName, std::istream& stream, uintm
     }
 }
 
+/// The JSON of a glTF file, text or binary; empty for any other file.
+/// Source: glTF 2.0 Specification, 4.4 "GLB File Format".
+static std::string readGltfJson(const fs::path& fileName, std::istream& stream, uintmax_t size)
+{
+    std::string extension = fileName.extension().string();
+    for (char& letter : extension)
+        letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    uintmax_t length = extension == ".gltf" ? size : 0;
+    stream.clear();
+    stream.seekg(0);
+    if (extension == ".glb") {
+        char header[20] = {}; // magic, version, length; length and kind of the first chunk
+        stream.read(header, sizeof header);
+        std::uint32_t chunk = 0;
+        std::memcpy(&chunk, header + 12, sizeof chunk);
+        if (stream && std::memcmp(header + 16, "JSON", 4) == 0)
+            length = std::min<uintmax_t>(chunk, size);
+    }
+    std::string json(length, '\0');
+    stream.read(&json[0], static_cast<std::streamsize>(length));
+    json.resize(static_cast<std::size_t>(std::max<std::streamsize>(stream.gcount(), 0)));
+    return json;
+}
+
+/// Assimp reads the matrices of every skin, though they may be left out.
+static void checkSkins(const std::string& fileName, const std::string& json)
+{
+    if (json.find("\"skins\"") == std::string::npos)
+        return;
+    boost::property_tree::ptree file;
+    try {
+        std::istringstream stream(json);
+        boost::property_tree::read_json(stream, file);
+    } catch (const boost::property_tree::json_parser_error&) {
+        return; // Assimp tells what is wrong
+    }
+    int index = 0;
+    for (const auto& skin : file.get_child("skins", {})) {
+        if (skin.second.count("inverseBindMatrices") == 0)
+            throw ImportError(fileName + ": skin " + std::to_string(index) +
+                              " has no inverseBindMatrices, which are expected");
+        ++index;
+    }
+}
+
 void checkFile(const std::string& fileName)
 {
     std::error_code ignored;
@@ -56,6 +107,7 @@ void checkFile(const std::string& fileName)
     if (size == 0)
         throw ImportError(fileName + ": the file is empty");
     checkCounts(fileName, stream, size);
+    checkSkins(fileName, readGltfJson(fileName, stream, size));
 }
 
 } // namespace halvern::scene
