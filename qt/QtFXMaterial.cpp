@@ -89,16 +89,14 @@ std::string join(const Pieces&... pieces)
     return text.str();
 }
 
-/// Runs the dialog, and deletes it. False when it was cancelled, or destroyed with its parent.
+/// Runs the dialog, uses it unless it was cancelled or destroyed with its parent, and deletes it.
 template <class Dialog, class Use>
-bool execute(Dialog* newDialog, Use use)
+void execute(Dialog* newDialog, Use use)
 {
     const QPointer<Dialog> dialog(newDialog);
-    const bool isAccepted = dialog->exec() == QDialog::Accepted && dialog;
-    if (isAccepted)
+    if (dialog->exec() == QDialog::Accepted && dialog)
         use(*dialog);
     delete dialog;
-    return isAccepted;
 }
 
 /// Invalid when it was cancelled.
@@ -163,7 +161,6 @@ public:
 
     /// Null if it is gone.
     QPushButton* getButton() const { return qobject_cast<QPushButton*>(sender); }
-    bool isEditorGone() const { return !editor; }
 
     ParameterPtr parameter;
     QString objectName;
@@ -310,7 +307,7 @@ void QtFXMaterial::setColorParameter()
     if (!edit)
         return;
     const QColor color = chooseColor(readColor(*edit.parameter), this, edit.objectName);
-    if (edit.isEditorGone() || !color.isValid())
+    if (!color.isValid()) // as when this editor is gone, and the dialog with it
         return;
     if (QPushButton* button = edit.getButton())
         showColor(*button, color);
@@ -328,7 +325,7 @@ void QtFXMaterial::setTextureParameter()
     if (!getValue<std::string>(edit.parameter->getParameterValues(), 0))
         showError("Error reading fileName from parameter: " + getName(*edit.parameter));
     const QString chosen = chooseFile(this, tr("Open Texture"));
-    if (edit.isEditorGone() || chosen.isNull())
+    if (chosen.isNull()) // as when this editor is gone, and the dialog with it
         return;
     const std::string fileName = chosen.toStdString();
     edit.send(fileName);
