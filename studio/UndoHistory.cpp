@@ -16,8 +16,8 @@ namespace {
 QString describe(const scene::TransformStep& step, scene::SceneManager& sceneManager)
 {
     const auto node = sceneManager.getNodeByID(step.nodeID);
-    const QString name =
-        QString::fromStdString(node && !node->getName().empty() ? node->getName() : step.nodeID);
+    QString name = QString::fromStdString(node && !node->getName().empty() ? node->getName() : step.nodeID);
+    name.replace('&', "&&"); // no mnemonic of the menu
     return step.kind == scene::TransformStep::Kind::Translation ? UndoHistory::tr("Move %1").arg(name)
                                                                 : UndoHistory::tr("Turn %1").arg(name);
 }
