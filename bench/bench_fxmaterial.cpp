@@ -32,7 +32,7 @@ QStringList unusedLog;
 boost::shared_ptr<FakeMaterial> makeMaterial(int rows)
 {
     const auto effect = boost::make_shared<FakeEffect>("fx", std::vector<std::string>{"plain", "rich"});
-    const auto material = boost::make_shared<FakeMaterial>(unusedLog, "material", effect);
+    auto material = boost::make_shared<FakeMaterial>(unusedLog, "material", effect);
     for (int i = 0; i < rows; ++i) {
         const std::string name = "parameter" + std::to_string(i);
         AnyValues values{0.5f};

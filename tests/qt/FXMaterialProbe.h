@@ -189,7 +189,7 @@ protected:
 
     MaterialPtr makeMaterial(std::string id, FakeMaterial::Parameters parameters = {})
     {
-        const auto made = boost::make_shared<FakeMaterial>(log, id, effect, parameters);
+        auto made = boost::make_shared<FakeMaterial>(log, id, effect, parameters);
         manager->materials[id] = made;
         return made;
     }

@@ -12,7 +12,6 @@
 
 using namespace halvern::test;
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 namespace {
 

@@ -156,9 +156,9 @@ TEST_F(QtFXMaterialEnduranceTest, EditorsMayEndWhileThreeThreadsSendTheirEvents)
     addSlider("size", {0.5f});
     const auto threaded = boost::make_shared<HCE::EventManager>(true);
     std::atomic<bool> sending{true};
-    std::vector<std::thread> senders;
-    for (int i = 0; i < 3; ++i)
-        senders.emplace_back([&] {
+    std::thread senders[3];
+    for (std::thread& sender : senders)
+        sender = std::thread([&] {
             while (sending) {
                 threaded->triggerEvent("MaterialSelected", "m");
                 threaded->triggerEvent("MaterialParameterUpdated", "m, size");

@@ -55,7 +55,7 @@ protected:
     {
         QImage image(size, QImage::Format_RGB32);
         image.fill(color);
-        const QString file = folder.filePath(name);
+        QString file = folder.filePath(name);
         EXPECT_TRUE(image.save(file));
         return file;
     }
