@@ -12,6 +12,7 @@ function(halvern_tests area)
     set(program test_${area})
     halvern_program(${program} ${T_SOURCES} ${T_HELPERS})
     target_link_libraries(${program} PRIVATE ${T_LIBRARIES} GTest::gtest GTest::gmock)
+    target_compile_options(${program} PRIVATE -O1) # tests are compiled more often than they run
     foreach(source ${T_SOURCES})
         get_filename_component(suite ${source} NAME_WE)
         add_test(NAME ${area}.${suite} COMMAND ${program} --gtest_filter=${suite}.*:*/${suite}.*

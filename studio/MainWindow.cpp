@@ -26,6 +26,8 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace halvern::studio {
 
 namespace {
@@ -76,10 +78,9 @@ MainWindow::MainWindow(SceneLoader* newLoader, bool newRemembers) : loader(newLo
     setWindowTitle(tr("Halvern Studio"));
     setAcceptDrops(true);
     resize(1280, 800);
-    panels->arrange();
     if (remembers) {
         restoreGeometry(QSettings().value(GeometryKey).toByteArray());
-        restoreState(QSettings().value(StateKey).toByteArray());
+        arranged = restoreState(QSettings().value(StateKey).toByteArray());
     }
 }
 
@@ -245,6 +246,13 @@ void MainWindow::about()
                                 QMessageBox::Ok, this);
     box->setAttribute(Qt::WA_DeleteOnClose);
     box->open();
+}
+
+void MainWindow::showEvent(QShowEvent* event)
+{
+    if (!std::exchange(arranged, true))
+        panels->arrange();
+    QMainWindow::showEvent(event);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event)

@@ -60,6 +60,7 @@ signals:
     void nothingToShow(const QString& message);
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
     /// Takes files from the desktop: effects and models.
@@ -98,8 +99,9 @@ private:
     QLabel* note;
     QProgressBar* progress;
     QPushButton* cancel;
-    QTimer progressDelay; ///< most files are read before a progress bar would be noticed
-    bool first = true;    ///< the file that the program was started with is being read
+    QTimer progressDelay;  ///< most files are read before a progress bar would be noticed
+    bool arranged = false; ///< the docks have their places
+    bool first = true;     ///< the file that the program was started with is being read
 };
 
 } // namespace halvern::studio

@@ -17,6 +17,12 @@
 
 namespace halvern::studio {
 
+namespace {
+
+const int RoomyWidth = 1000;
+
+} // namespace
+
 Panels::Panels(QMainWindow* newWindow, qt::QtView* newView,
                boost::shared_ptr<core::event::EventManager> newEventManager) :
     QObject(newWindow), window(newWindow), view(newView), eventManager(std::move(newEventManager))
@@ -36,6 +42,8 @@ Panels::Panels(QMainWindow* newWindow, qt::QtView* newView,
 
 void Panels::arrange()
 {
+    for (QDockWidget* dock : {propertiesDock, materialDock, parameterDock})
+        dock->setVisible(window->width() >= RoomyWidth);
     window->resizeDocks({sceneDock, propertiesDock}, {300, 320}, Qt::Horizontal);
     window->resizeDocks({propertiesDock, materialDock, parameterDock}, {300, 200, 300}, Qt::Vertical);
 }

@@ -36,7 +36,8 @@ public:
     Panels(QMainWindow* newWindow, qt::QtView* newView,
            boost::shared_ptr<core::event::EventManager> newEventManager);
 
-    /// The widths and heights that the docks have in a window of this size until the user changes them.
+    /// The widths and heights that the docks have in a window of this size until the user changes them. A
+    /// small window leaves the room to the view: the docks at its right wait to be opened.
     void arrange();
 
     /// Adds what shows, hides and searches the panels.

@@ -99,9 +99,10 @@ void SceneLoader::report(const std::shared_ptr<Job>& job, float share)
     job->percent = static_cast<int>(share * 100);
     if (job->percentPosted.exchange(true))
         return;
-    post(job, [this, job] {
-        job->percentPosted = false;
-        emit progressed(job->percent);
+    // A job that held itself by what it posted would never go.
+    post(job, [this, posted = job.get()] {
+        posted->percentPosted = false;
+        emit progressed(posted->percent);
     });
 }
 

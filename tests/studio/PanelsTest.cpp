@@ -76,6 +76,18 @@ TEST_F(PanelsTest, EveryPanelHasADockOfItsName)
     }
 }
 
+TEST_F(PanelsTest, ASmallWindowLeavesTheRoomToTheView)
+{
+    window.resize(700, 500);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    EXPECT_GE(window.getView()->width(), 350);
+    auto* properties = window.findChild<QDockWidget*>("Halvern_Properties");
+    EXPECT_FALSE(properties->isVisible());
+    properties->toggleViewAction()->trigger();
+    EXPECT_TRUE(properties->isVisible());
+}
+
 TEST_F(PanelsTest, TheAnimationDockShowsTheSceneWhenItIsOpened)
 {
     open(Showcase);
