@@ -1,3 +1,4 @@
+#define BOOST_BIND_GLOBAL_PLACEHOLDERS // boost/property_tree has not moved on
 #include "reference/scene/import/FileCheck.h"
 
 #include "reference/scene/Importer.h"
@@ -80,8 +81,9 @@ static void checkSkins(const std::string& fileName, const std::string& json)
     } catch (const boost::property_tree::json_parser_error&) {
         return; // Assimp tells what is wrong
     }
+    const boost::property_tree::ptree none;
     int index = 0;
-    for (const auto& skin : file.get_child("skins", {})) {
+    for (const auto& skin : file.get_child("skins", none)) {
         if (skin.second.count("inverseBindMatrices") == 0)
             throw ImportError(fileName + ": skin " + std::to_string(index) +
                               " has no inverseBindMatrices, which are expected");
