@@ -239,8 +239,9 @@ TEST_F(QtFXMaterialEffectTest, TheWindowBelongsToTheWidgetThreeLevelsUpOrToNone)
         const QList<QDockWidget*> after = docks();
         ASSERT_EQ(after.size(), before.size() + 1);
         for (QDockWidget* dock : after) {
-            if (!before.contains(dock))
-                EXPECT_EQ(dock->parentWidget(), parent) << ancestors;
+            if (before.contains(dock))
+                continue;
+            EXPECT_EQ(dock->parentWidget(), parent) << ancestors;
         }
     }
 }
