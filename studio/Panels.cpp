@@ -12,6 +12,7 @@
 
 #include <QMainWindow>
 #include <QMenu>
+#include <QSize>
 
 #include <utility>
 
@@ -19,7 +20,7 @@ namespace halvern::studio {
 
 namespace {
 
-const int RoomyWidth = 1000;
+const QSize Roomy(1000, 600);
 
 } // namespace
 
@@ -43,7 +44,7 @@ Panels::Panels(QMainWindow* newWindow, qt::QtView* newView,
 void Panels::arrange()
 {
     for (QDockWidget* dock : {propertiesDock, materialDock, parameterDock})
-        dock->setVisible(window->width() >= RoomyWidth);
+        dock->setVisible(window->width() >= Roomy.width() && window->height() >= Roomy.height());
     window->resizeDocks({sceneDock, propertiesDock}, {300, 320}, Qt::Horizontal);
     window->resizeDocks({propertiesDock, materialDock, parameterDock}, {300, 200, 300}, Qt::Vertical);
 }
