@@ -33,12 +33,6 @@ Panels::Panels(QMainWindow* newWindow, qt::QtView* newView,
     propertiesDock = addDock(Qt::RightDockWidgetArea, tr("Properties"), "Halvern_Properties");
     materialDock = addDock(Qt::RightDockWidgetArea, tr("Materials"), "Halvern_Materials");
     parameterDock = addDock(Qt::RightDockWidgetArea, tr("Material"), "Halvern_Material");
-    animationDock = new qt::QtAnimationDock;
-    animationDock->setObjectName("Halvern_Animation");
-    animationDock->setWindowTitle(tr("Animation"));
-    window->addDockWidget(Qt::BottomDockWidgetArea, animationDock);
-    animationDock->hide(); // in sight it paints all the time
-    connect(animationDock, &QDockWidget::visibilityChanged, this, &Panels::fillAnimations);
 }
 
 void Panels::arrange()
@@ -59,10 +53,11 @@ QDockWidget* Panels::addDock(Qt::DockWidgetArea area, const QString& title, cons
 
 void Panels::addActions(QMenu& menu)
 {
-    for (QDockWidget* dock : {static_cast<QDockWidget*>(sceneDock), propertiesDock, materialDock,
-                              parameterDock, static_cast<QDockWidget*>(animationDock)})
+    for (QDockWidget* dock :
+         {static_cast<QDockWidget*>(sceneDock), propertiesDock, materialDock, parameterDock})
         menu.addAction(dock->toggleViewAction());
-    menu.addAction(tr("&Find Node"), sceneDock, &SceneDock::find, QKeySequence::Find);
+    viewMenu = &menu;
+    findAction = menu.addAction(tr("&Find Node"), sceneDock, &SceneDock::find, QKeySequence::Find);
 }
 
 void Panels::open(boost::shared_ptr<scene::SceneManager> sceneManager)
@@ -111,6 +106,20 @@ void Panels::build()
     parameters = new qt::QtFXMaterial;
     parameters->setEventManager(eventManager);
     parameterDock->setWidget(parameters);
+    buildAnimationDock();
+}
+
+void Panels::buildAnimationDock()
+{
+    animationDock = new qt::QtAnimationDock;
+    animationDock->setObjectName("Halvern_Animation");
+    animationDock->setWindowTitle(tr("Animation"));
+    window->addDockWidget(Qt::BottomDockWidgetArea, animationDock);
+    animationDock->hide();                    // in sight it paints all the time
+    window->restoreDockWidget(animationDock); // where the user left it
+    connect(animationDock, &QDockWidget::visibilityChanged, this, &Panels::fillAnimations);
+    if (viewMenu)
+        viewMenu->insertAction(findAction, animationDock->toggleViewAction());
 }
 
 } // namespace halvern::studio

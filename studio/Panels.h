@@ -4,6 +4,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+class QAction;
 class QDockWidget;
 class QMainWindow;
 class QMenu;
@@ -40,7 +41,7 @@ public:
     /// small window leaves the room to the view: the docks at its right wait to be opened.
     void arrange();
 
-    /// Adds what shows, hides and searches the panels.
+    /// Adds what shows, hides and searches the panels to a menu that lives as long.
     void addActions(QMenu& menu);
 
     /// Announces a scene that is about to be attached.
@@ -60,6 +61,7 @@ private slots:
 private:
     QDockWidget* addDock(Qt::DockWidgetArea area, const QString& title, const QString& name);
     void build();
+    void buildAnimationDock();
 
     QMainWindow* const window;
     qt::QtView* const view;
@@ -71,9 +73,11 @@ private:
     QDockWidget* propertiesDock;
     QDockWidget* materialDock;
     QDockWidget* parameterDock;
-    qt::QtAnimationDock* animationDock;
+    QMenu* viewMenu = nullptr;
+    QAction* findAction = nullptr;
 
     // Made when they are first filled.
+    qt::QtAnimationDock* animationDock = nullptr;
     qt::QtProperties* properties = nullptr;
     qt::QtMaterialPanel* materials = nullptr;
     qt::QtFXMaterial* parameters = nullptr;
