@@ -99,9 +99,9 @@ void AnimationManager::Private::advance(Clock::time_point now)
     time_duration reached;
     {
         std::lock_guard lock(mutex);
-        const auto elapsed =
-            std::chrono::duration_cast<std::chrono::microseconds>(now - lastCycle.value_or(now));
-        lastCycle = now;
+        const auto last = lastCycle.value_or(now);
+        const auto elapsed = std::chrono::duration_cast<std::chrono::microseconds>(now - last);
+        lastCycle = last + elapsed; // what is left of a microsecond counts in the next cycle
         if (!playing || playing != animation ||
             !advanceTime(std::min<time_duration>(microseconds(elapsed.count()), LongestStep), length))
             return;
