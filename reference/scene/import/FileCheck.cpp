@@ -46,7 +46,7 @@ static void checkCounts(const std::string& fileName, std::istream& stream, uintm
 }
 
 /// The JSON of a glTF file, text or binary; empty for any other file.
-/// Source: glTF 2.0 Specification, 4.4 "GLB File Format".
+/// Source: Khronos, glTF 2.0, section 4.4 "GLB File Format".
 static std::string readGltfJson(const fs::path& fileName, std::istream& stream, uintmax_t size)
 {
     std::string extension = fileName.extension().string();
