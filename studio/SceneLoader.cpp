@@ -110,6 +110,8 @@ void SceneLoader::post(const std::shared_ptr<Job>& job, std::function<void()> fu
 {
     {
         const std::lock_guard<std::mutex> lock(job->mutex);
+        if (job->cancelled)
+            return;
         job->posted.push_back(std::move(function));
     }
     QMetaObject::invokeMethod(this, "takePosted", Qt::QueuedConnection);
@@ -142,7 +144,13 @@ void SceneLoader::drop()
 {
     if (!current)
         return;
-    current->cancelled = true;
+    // What it posted goes now; the thread may keep the job until the next load.
+    std::vector<std::function<void()>> dropped;
+    {
+        const std::lock_guard<std::mutex> lock(current->mutex);
+        current->cancelled = true;
+        dropped.swap(current->posted);
+    }
     current.reset();
 }
 

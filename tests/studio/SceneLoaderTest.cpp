@@ -5,6 +5,8 @@
 #include <QCoreApplication>
 #include <QThread>
 
+#include <boost/weak_ptr.hpp>
+
 #include <gtest/gtest.h>
 
 using namespace halvern;
@@ -122,6 +124,23 @@ TEST(SceneLoaderTest, AfterCancelNothingArrives)
     EXPECT_TRUE(listener.loaded.empty());
     EXPECT_TRUE(listener.failures.isEmpty());
     EXPECT_EQ(listener.cancelled, 1);
+}
+
+TEST(SceneLoaderTest, CancelLetsGoOfASceneThatHasNotArrived)
+{
+    boost::weak_ptr<scene::SceneManager> read;
+    std::promise<void> done;
+    SceneLoader loader([&](auto&&...) {
+        const scene::ImportedScene scene = oneNodeScene();
+        read = scene.sceneManager;
+        done.set_value();
+        return scene;
+    });
+    loader.load("a.obj");
+    done.get_future().wait();
+    loader.cancel(); // its result is posted, or is about to be
+    EXPECT_TRUE(loader.stop(std::chrono::seconds(10)));
+    EXPECT_TRUE(read.expired());
 }
 
 TEST(SceneLoaderTest, ASceneThatIsReadInSpiteOfCancelDoesNotArrive)
