@@ -1,12 +1,12 @@
 #include "qt/QtMaterialPanel.h"
 
 #include "engine/scene/SceneManager.h"
+#include "qt/DeleteOnItsThread.h"
 #include "qt/QtMaterialPanelModel.h"
 #include "qt/QtMaterialPanelModelDelegate.h"
 
 #include <QHeaderView>
 #include <QResizeEvent>
-#include <QThread>
 
 #include <algorithm>
 #include <string>
@@ -18,15 +18,6 @@ namespace {
 
 constexpr int TileWidth = 100;
 constexpr int TileHeight = 120;
-
-/// The last reference may be dropped on the scene's thread.
-void deleteOnItsThread(QObject* object)
-{
-    if (QThread::currentThread() == object->thread())
-        delete object;
-    else
-        object->deleteLater();
-}
 
 } // namespace
 

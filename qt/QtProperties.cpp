@@ -1,30 +1,17 @@
 #include "qt/QtProperties.h"
 
 #include "engine/scene/SceneManager.h"
+#include "qt/DeleteOnItsThread.h"
 #include "qt/PropertiesView.h"
 #include "qt/QtPropertiesItemDelegate.h"
 #include "qt/QtPropertiesModel.h"
 
 #include <QGridLayout>
 #include <QTabWidget>
-#include <QThread>
 
 #include <utility>
 
 namespace halvern::qt {
-
-namespace {
-
-/// The last reference may be dropped on the scene's thread.
-void deleteOnItsThread(QObject* object)
-{
-    if (QThread::currentThread() == object->thread())
-        delete object;
-    else
-        object->deleteLater();
-}
-
-} // namespace
 
 QtProperties::QtProperties(QWidget* parent) : QWidget(parent)
 {
