@@ -38,9 +38,10 @@ const int ProgressDelay = 250; // milliseconds
 
 QString describe(const scene::ImportCounts& counts)
 {
-    const QLocale english(QLocale::English);
-    return QString("%1 nodes, %2 triangles")
-        .arg(english.toString(counts.nodes), english.toString(qulonglong(counts.triangles)));
+    //: The code of the language, for how it writes numbers.
+    const QLocale locale(MainWindow::tr("en"));
+    return MainWindow::tr("%1 nodes, %2 triangles")
+        .arg(locale.toString(counts.nodes), locale.toString(qulonglong(counts.triangles)));
 }
 
 QString modelFilter()
@@ -308,7 +309,7 @@ void MainWindow::showWarnings(const std::vector<std::string>& warnings)
         qCWarning(log).noquote() << texts.last();
     }
     if (!texts.isEmpty())
-        note->setText(texts.size() == 1 ? texts.first() : tr("%1 warnings").arg(texts.size()));
+        note->setText(texts.size() == 1 ? texts.first() : tr("%n warnings", nullptr, texts.size()));
     note->setToolTip(texts.join('\n'));
 }
 

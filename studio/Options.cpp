@@ -1,5 +1,7 @@
 #include "studio/Options.h"
 
+#include "studio/Language.h"
+
 #include <QCommandLineParser>
 
 #include <algorithm>
@@ -16,6 +18,7 @@ void describe(QCommandLineParser& parser)
     parser.addOptions({
         {"size", "Size of the window in pixels, such as 1280x800.", "WxH"},
         {"frames", "Quit after N frames of the model.", "N"},
+        {"language", "Language of menus and panels, such as de; else the one of the system.", "CODE"},
         {"stats", "Show the statistics of the view."},
         {"screenshot", "Save the window as it is on screen.", "PNG"},
         {"view-screenshot", "Save the view as it is on screen.", "PNG"},
@@ -65,6 +68,14 @@ QString toFileName(const QString& text, const char* what)
     return text;
 }
 
+QString toLanguage(const QString& text)
+{
+    const QStringList available = availableLanguages();
+    if (!available.contains(text))
+        fail(QString("--language wants %1, not \"%2\"").arg(available.join(" or "), text));
+    return text;
+}
+
 QString toFile(const QStringList& files)
 {
     if (files.size() > 1)
@@ -97,6 +108,8 @@ Options parseOptions(const QStringList& arguments)
         options.screenshot = toFileName(parser.value("screenshot"), "--screenshot");
     if (parser.isSet("view-screenshot"))
         options.viewScreenshot = toFileName(parser.value("view-screenshot"), "--view-screenshot");
+    if (parser.isSet("language"))
+        options.language = toLanguage(parser.value("language"));
     options.stats = parser.isSet("stats");
     options.json = parser.isSet("json");
     if (options.json && options.frames == 0)

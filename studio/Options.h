@@ -24,6 +24,7 @@ struct Options
     QString file;           ///< empty: the showcase scene
     QSize size;             ///< of the window; invalid: not given
     int frames = 0;         ///< quit after so many frames; 0: run until closed
+    QString language;       ///< empty: not given
     bool stats = false;     ///< show the statistics of the view
     bool json = false;      ///< print the report when the frames are done
     QString screenshot;     ///< PNG of the window

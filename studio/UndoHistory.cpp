@@ -18,8 +18,11 @@ QString describe(const scene::TransformStep& step, scene::SceneManager& sceneMan
     const auto node = sceneManager.getNodeByID(step.nodeID);
     QString name = QString::fromStdString(node && !node->getName().empty() ? node->getName() : step.nodeID);
     name.replace('&', "&&"); // no mnemonic of the menu
-    return step.kind == scene::TransformStep::Kind::Translation ? UndoHistory::tr("Move %1").arg(name)
-                                                                : UndoHistory::tr("Turn %1").arg(name);
+    if (step.kind == scene::TransformStep::Kind::Translation)
+        //: Stands behind "Undo" or "Redo".
+        return UndoHistory::tr("Move %1").arg(name);
+    //: Stands behind "Undo" or "Redo".
+    return UndoHistory::tr("Turn %1").arg(name);
 }
 
 class TransformCommand : public QUndoCommand

@@ -1,14 +1,15 @@
 #include "qt/QtView.h"
 #include "studio/BatchRun.h"
 #include "studio/Console.h"
+#include "studio/Language.h"
 #include "studio/MainWindow.h"
 #include "studio/Options.h"
 #include "studio/ProcessClock.h"
 #include "studio/SceneLoader.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QFileInfo>
+#include <QLocale>
 
 using namespace halvern::studio;
 
@@ -38,9 +39,17 @@ int showText(const Options& options, int argc, char** argv)
 /// Where the program is installed, or where it was built.
 QString showcaseFile()
 {
-    const QDir folder = QFileInfo("/proc/self/exe").canonicalPath();
-    const QString installed = folder.absoluteFilePath(HALVERN_DATA_FROM_BIN "/scenes/showcase.glb");
+    const QString installed = dataPath("scenes/showcase.glb");
     return QFileInfo::exists(installed) ? installed : HALVERN_SOURCE_DATA "/scenes/showcase.glb";
+}
+
+/// A script gets the same texts wherever it runs.
+QString languageOf(const Options& options)
+{
+    if (!options.language.isEmpty())
+        return options.language;
+    return chooseLanguage(options.isBatch() ? QStringList() : QLocale::system().uiLanguages(),
+                          availableLanguages());
 }
 
 int fail(const QString& message, ExitCode code)
@@ -104,6 +113,7 @@ int main(int argc, char** argv)
     QCoreApplication::setApplicationName("studio");
     QCoreApplication::setApplicationVersion(Version);
     QApplication application(argc, argv);
+    speak(languageOf(options));
     const int code = run(options, loader, output);
     // An importer that does not notice the end must not hold it up, nor run into torn down statics.
     if (!loader.stop(std::chrono::milliseconds(100)))

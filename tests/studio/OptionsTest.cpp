@@ -1,5 +1,9 @@
 #include "studio/Options.h"
 
+#include <QFile>
+#include <QRegularExpression>
+#include <QSet>
+
 #include <gtest/gtest.h>
 
 using namespace halvern::studio;
@@ -26,6 +30,16 @@ bool isRefused(const QStringList& arguments)
     return !errorOf(arguments).empty();
 }
 
+/// Such as "--frames".
+QSet<QString> optionsIn(const QString& text)
+{
+    QSet<QString> options;
+    auto matches = QRegularExpression("--[a-z][a-z-]*").globalMatch(text);
+    while (matches.hasNext())
+        options.insert(matches.next().captured());
+    return options;
+}
+
 } // namespace
 
 TEST(OptionsTest, NothingAsksForTheShowcaseUntilClosed)
@@ -33,6 +47,7 @@ TEST(OptionsTest, NothingAsksForTheShowcaseUntilClosed)
     const Options options = parse({});
     EXPECT_EQ(options.action, Options::Action::Run);
     EXPECT_TRUE(options.file.isEmpty());
+    EXPECT_TRUE(options.language.isEmpty());
     EXPECT_FALSE(options.size.isValid());
     EXPECT_EQ(options.frames, 0);
     EXPECT_FALSE(options.stats);
@@ -43,7 +58,7 @@ TEST(OptionsTest, NothingAsksForTheShowcaseUntilClosed)
 TEST(OptionsTest, EveryOptionIsTaken)
 {
     const Options options = parse({"--size", "640x480", "--frames=30", "--stats", "--json", "--screenshot",
-                                   "a.png", "--view-screenshot", "b.png", "duck.dae"});
+                                   "a.png", "--view-screenshot", "b.png", "--language", "de", "duck.dae"});
     EXPECT_EQ(options.file, "duck.dae");
     EXPECT_EQ(options.size, QSize(640, 480));
     EXPECT_EQ(options.frames, 30);
@@ -51,6 +66,7 @@ TEST(OptionsTest, EveryOptionIsTaken)
     EXPECT_TRUE(options.json);
     EXPECT_EQ(options.screenshot, "a.png");
     EXPECT_EQ(options.viewScreenshot, "b.png");
+    EXPECT_EQ(options.language, "de");
     EXPECT_TRUE(options.isBatch());
 }
 
@@ -92,7 +108,7 @@ TEST(OptionsTest, FramesIsAPositiveNumber)
 
 TEST(OptionsTest, AnOptionWithoutItsValueIsRefused)
 {
-    for (const char* option : {"--size", "--frames", "--screenshot", "--view-screenshot"})
+    for (const char* option : {"--size", "--frames", "--language", "--screenshot", "--view-screenshot"})
         EXPECT_TRUE(isRefused({option})) << option;
 }
 
@@ -120,6 +136,14 @@ TEST(OptionsTest, JsonWantsFrames)
     EXPECT_TRUE(isRefused({"--json", "--screenshot", "a.png"}));
 }
 
+TEST(OptionsTest, ALanguageIsOneThatIsSpoken)
+{
+    EXPECT_EQ(parse({"--language", "en"}).language, "en");
+    for (const char* bad : {"", "fr", "DE", "de_DE", "../de", "german"})
+        EXPECT_EQ(errorOf({"--language", bad}),
+                  "--language wants de or en, not \"" + std::string(bad) + "\"");
+}
+
 TEST(OptionsTest, AFileAfterTwoDashesMayLookLikeAnOption)
 {
     EXPECT_EQ(parse({"--", "--odd.obj"}).file, "--odd.obj");
@@ -128,7 +152,17 @@ TEST(OptionsTest, AFileAfterTwoDashesMayLookLikeAnOption)
 TEST(OptionsTest, TheHelpNamesEveryOption)
 {
     const QString help = helpText();
-    for (const char* option :
-         {"FILE", "--size", "--frames", "--stats", "--screenshot", "--view-screenshot", "--json"})
+    for (const char* option : {"FILE", "--size", "--frames", "--language", "--stats", "--screenshot",
+                               "--view-screenshot", "--json"})
         EXPECT_TRUE(help.contains(option)) << option;
+}
+
+TEST(OptionsTest, TheManPageDescribesTheOptionsOfTheHelp)
+{
+    QFile file(HALVERN_STUDIO_MAN_PAGE);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString page = QString::fromUtf8(file.readAll()).replace("\\-", "-");
+    const QString options = page.section(".SH OPTIONS", 1).section(".SH ", 0, 0);
+    EXPECT_GE(optionsIn(helpText()).size(), 9);
+    EXPECT_EQ(optionsIn(options), optionsIn(helpText()));
 }

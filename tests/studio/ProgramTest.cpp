@@ -137,8 +137,8 @@ TEST_F(ProgramTest, HelpAndVersionNeedNoDisplay)
 
 TEST_F(ProgramTest, BadOptionsEndWith64AndAMessage)
 {
-    const QStringList lines[] = {{"--colour"},      {"--frames", "0"}, {"--frames", "-1"},
-                                 {"--size", "big"}, {"--json"},        {"one.obj", "two.obj"}};
+    const QStringList lines[] = {{"--colour"}, {"--frames", "0"},      {"--frames", "-1"},  {"--size", "big"},
+                                 {"--json"},   {"one.obj", "two.obj"}, {"--language", "fr"}};
     for (const QStringList& line : lines) {
         const Result result = run(line);
         EXPECT_EQ(result.code, 64) << line.join(' ').toStdString();
@@ -297,6 +297,25 @@ TEST_F(ProgramTest, TheStatisticsAreOnTheScreenshot)
         pictures[stats] = QImage(path("view.png"));
     }
     EXPECT_NE(pictures[0], pictures[1]);
+}
+
+TEST_F(ProgramTest, TheScreenshotIsInTheLanguageThatIsAskedFor)
+{
+    const auto picture = [this](const QStringList& language) {
+        const Result result = run(QStringList{Models + "/OBJ/spider.obj", "--size", "640x480", "--frames",
+                                              "2", "--screenshot", path("window.png")} +
+                                  language);
+        EXPECT_EQ(result.code, 0) << testing::PrintToString(result);
+        return QImage(path("window.png")).copy(0, 0, 640, 20); // the menu bar
+    };
+    const QImage english = picture({"--language", "en"});
+    EXPECT_NE(picture({"--language", "de"}), english);
+    // A script is not told what the system speaks.
+    qputenv("LANGUAGE", "de");
+    qputenv("LC_ALL", "de_DE.UTF-8");
+    EXPECT_EQ(picture({}), english);
+    qunsetenv("LANGUAGE");
+    qunsetenv("LC_ALL");
 }
 
 TEST_F(ProgramTest, AScreenshotThatCannotBeWrittenEndsWith2AndItsName)
