@@ -39,11 +39,23 @@ void swapRedAndBlue(scene::Image& image)
         std::swap(image.pixels[i], image.pixels[i + 2]);
 }
 
+/// Of 16 bits, the 8 that count.
+void copyRow(const uint8_t* source, GLenum type, uint8_t* row, size_t count)
+{
+    if (type == GL_UNSIGNED_BYTE) {
+        std::memcpy(row, source, count);
+        return;
+    }
+    for (size_t i = 0; i < count; ++i)
+        row[i] = uint8_t(reinterpret_cast<const uint16_t*>(source)[i] >> 8);
+}
+
 scene::Image toSceneImage(const osg::Image& source)
 {
     scene::Image image;
     const int channels = channelsOf(source.getPixelFormat());
-    if (channels == 0 || source.getDataType() != GL_UNSIGNED_BYTE || source.r() != 1)
+    const GLenum type = source.getDataType();
+    if (channels == 0 || (type != GL_UNSIGNED_BYTE && type != GL_UNSIGNED_SHORT) || source.r() != 1)
         return image;
     image.width = source.s();
     image.height = source.t();
@@ -52,8 +64,8 @@ scene::Image toSceneImage(const osg::Image& source)
     image.pixels.resize(rowBytes * image.height);
     const bool topFirst = source.getOrigin() == osg::Image::TOP_LEFT;
     for (int row = 0; row < image.height; ++row)
-        std::memcpy(&image.pixels[row * rowBytes], source.data(0, topFirst ? row : image.height - 1 - row),
-                    rowBytes);
+        copyRow(source.data(0, topFirst ? row : image.height - 1 - row), type, &image.pixels[row * rowBytes],
+                rowBytes);
     if (source.getPixelFormat() == GL_BGR || source.getPixelFormat() == GL_BGRA)
         swapRedAndBlue(image);
     return image;

@@ -87,6 +87,25 @@ TEST(ImageDecoderTest, KeepsAlphaAndGrey)
     EXPECT_EQ(grey.width, 6);
 }
 
+TEST(ImageDecoderTest, OfSixteenBitsTheUpperOnesCount)
+{
+    QImage color(3, 2, QImage::Format_RGBA64);
+    color.fill(QColor(QRgba64::fromRgba64(0x1234, 0x5678, 0x9ABC, 0xDEF0)));
+    const auto rgba = decodeImage(encode(color, "png"), "png");
+    ASSERT_EQ(rgba.channels, 4);
+    ASSERT_EQ(rgba.pixels.size(), 3u * 2 * 4);
+    for (size_t i = 0; i < rgba.pixels.size(); i += 4)
+        EXPECT_EQ(std::vector<uint8_t>(&rgba.pixels[i], &rgba.pixels[i] + 4),
+                  std::vector<uint8_t>({0x12, 0x56, 0x9A, 0xDE}));
+    QImage grey(3, 2, QImage::Format_Grayscale16);
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 3; ++x)
+            reinterpret_cast<quint16*>(grey.scanLine(y))[x] = quint16(y ? 0x4321 : 0xC0DE);
+    const auto read = decodeImage(encode(grey, "png"), "png");
+    ASSERT_EQ(read.channels, 1);
+    EXPECT_EQ(read.pixels, std::vector<uint8_t>({0xC0, 0xC0, 0xC0, 0x43, 0x43, 0x43}));
+}
+
 TEST(ImageDecoderTest, BrokenDataHasNoWidth)
 {
     EXPECT_EQ(decodeImage({}, "png").width, 0);
