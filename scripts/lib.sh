@@ -9,6 +9,7 @@ display_packages="xvfb xauth libgl1-mesa-dri fonts-dejavu-core"
 test_packages="libgtest-dev libgmock-dev assimp-testmodels xdotool"
 lint_packages="git clang-format clang-tidy codespell"
 bench_packages="python3 f3d openscenegraph"
+package_packages="dpkg-dev file gzip lintian appstream desktop-file-utils"
 
 # install_missing <packages...>: with apt; when nothing is missing it needs neither network nor rights.
 install_missing() {
