@@ -4,6 +4,8 @@
 
 #include <boost/make_shared.hpp>
 
+#include <QImage>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -238,6 +240,24 @@ TEST(FXManagerTest, AParameterIsChangedByAnEvent)
               "a, b.png");
     EXPECT_THAT(plain.events->getData("MaterialParameterUpdated"),
                 ElementsAre("m, color4", "m, size", "m, map"));
+}
+
+TEST(FXManagerTest, ATextureThatCannotBeReadIsShownWithItsFile)
+{
+    const EffectFile file(objectEffect("vec4(1.0)", "texture map;"));
+    Plain plain;
+    const auto effect = plain.addEffect(file.path());
+    plain.manager->addMaterial(boost::make_shared<scene::Material>("m", effect->getID()));
+    QImage image(4, 4, QImage::Format_RGB888);
+    image.fill(Qt::blue);
+    const std::string picture = (file.folder / "a.png").string();
+    ASSERT_TRUE(image.save(QString::fromStdString(picture)));
+    for (const std::string& readable : {picture, std::string()})
+        plain.events->triggerEvent("ChangeMaterialParameter", "m, map, " + readable);
+    EXPECT_THAT(plain.events->getData("DisplayMessageAt"), IsEmpty());
+    plain.events->triggerEvent("ChangeMaterialParameter", "m, map, /no, where.png");
+    EXPECT_THAT(plain.events->getData("DisplayMessageAt"),
+                ElementsAre("/no; where.png: expected a picture that can be read, 20, 40"));
 }
 
 TEST(FXManagerTest, AnEventThatMakesNoSenseChangesNothing)

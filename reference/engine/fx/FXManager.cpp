@@ -59,8 +59,11 @@ void FXManager::Private::changeParameter(const Event& event)
     std::string value = second == data.npos ? "" : data.substr(second + 1);
     if (!value.empty() && value.front() == ' ')
         value.erase(0, 1);
-    if (parameter->setFromText(value))
-        triggerEvent("MaterialParameterUpdated", id + ", " + name);
+    if (!parameter->setFromText(value))
+        return;
+    if (parameter->getType() == ParameterType::Texture && !value.empty() && !parameter->getValue().picture)
+        showEffectError(*this, value + ": expected a picture that can be read");
+    triggerEvent("MaterialParameterUpdated", id + ", " + name);
 }
 
 template <class Function>
