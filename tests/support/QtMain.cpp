@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QCoreApplication>
+#include <QLocale>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -26,6 +27,7 @@ int main(int argc, char** argv)
     testing::InitGoogleMock(&argc, argv);
     if (qEnvironmentVariableIntValue("HALVERN_TEST_UNSHARED") != 1)
         QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QLocale::setDefault(QLocale::c()); // they type and read numbers, wherever they run
     const QApplication application(argc, argv);
     testing::UnitTest::GetInstance()->listeners().Append(new EventDrain);
     return RUN_ALL_TESTS();
