@@ -28,7 +28,7 @@ void install(const QString& name, const QString& folder)
 QString dataPath(const QString& name)
 {
     const QDir folder = QFileInfo("/proc/self/exe").canonicalPath();
-    return folder.absoluteFilePath(HALVERN_DATA_FROM_BIN "/" + name);
+    return QDir::cleanPath(folder.absoluteFilePath(HALVERN_DATA_FROM_BIN "/" + name));
 }
 
 QStringList availableLanguages()
