@@ -8,7 +8,16 @@ QtViewPlugin::QtViewPlugin(QObject* parent) : WidgetPlugin(parent) {}
 
 QWidget* QtViewPlugin::createWidget(QWidget* parent)
 {
-    return new QtView(parent, "QtViewPlugin");
+    auto* view = new QtView(parent, "QtViewPlugin");
+    // Designer crashes when what it drags is not among its parent's children. A view takes no parent, so it
+    // moves in as soon as Designer, the only one that initialises plugins, gives it its name.
+    if (parent && isInitialized()) {
+        connect(view, &QObject::objectNameChanged, parent, [view, parent] {
+            if (!view->parent())
+                view->setParent(parent);
+        });
+    }
+    return view;
 }
 
 const WidgetPlugin::Texts& QtViewPlugin::texts() const

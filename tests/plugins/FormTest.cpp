@@ -1,3 +1,4 @@
+#include "qt/plugins/QtRenderingPlugins.h"
 #include "ui_widgets.h"
 
 #include <QBuffer>
@@ -7,6 +8,7 @@
 #include <QTest>
 #include <QUiLoader>
 #include <QVBoxLayout>
+#include <QtUiPlugin/QDesignerCustomWidgetInterface>
 
 #include <gtest/gtest.h>
 
@@ -48,15 +50,19 @@ protected:
     QUiLoader loader;
 };
 
-/// The widgets of the form, all in its layout.
-void expectAll(QWidget& form)
+/// All widgets of the form as it was saved in Designer, each in its layout and with its texts. The names
+/// begin with the given prefix.
+void expectAll(QWidget& form, const QString& prefix)
 {
-    EXPECT_TRUE(form.findChild<QtView*>("Halvern_Rendering_QtView"));
-    EXPECT_TRUE(form.findChild<QtFXMaterial*>("material"));
-    EXPECT_TRUE(form.findChild<QtScene*>("scene"));
-    EXPECT_TRUE(form.findChild<QtProperties*>("properties"));
-    EXPECT_TRUE(form.findChild<QtMaterialPanel*>("materials"));
+    EXPECT_TRUE(form.findChild<QtView*>(prefix + "QtView"));
+    EXPECT_TRUE(form.findChild<QtFXMaterial*>(prefix + "QtFXMaterial"));
+    EXPECT_TRUE(form.findChild<QtProperties*>(prefix + "QtProperties"));
+    EXPECT_TRUE(form.findChild<QtMaterialPanel*>(prefix + "QtMaterialPanel"));
     EXPECT_EQ(form.layout()->count(), 5);
+    const auto* tree = form.findChild<QtScene*>(prefix + "QtScene");
+    ASSERT_TRUE(tree);
+    EXPECT_EQ(tree->toolTip(), "Halvern Scenegraph");
+    EXPECT_EQ(tree->whatsThis(), "Displays the scenegraph for a SceneManager.");
 }
 
 } // namespace
@@ -79,22 +85,38 @@ TEST_F(FormTest, LoaderCreatesShowsAndDestroysEachWidget)
     }
 }
 
-TEST_F(FormTest, LoadedFormHoldsAllWidgets)
+TEST_F(FormTest, LoaderMakesTheWidgetOfEachPluginsXml)
+{
+    const QtRenderingPlugins collection;
+    for (const QDesignerCustomWidgetInterface* plugin : collection.customWidgets()) {
+        QByteArray text = "<ui version=\"4.0\">" + plugin->domXml().toUtf8() + "</ui>";
+        QBuffer buffer(&text);
+        const auto widget = load(buffer);
+        ASSERT_TRUE(widget) << qPrintable(loader.errorString());
+        EXPECT_EQ(widget->metaObject()->className(), plugin->name());
+        EXPECT_EQ(widget->objectName(), plugin->name().replace("::", "."));
+        EXPECT_EQ(widget->geometry(), QRect(0, 0, 100, 100));
+        EXPECT_TRUE(widget->toolTip().startsWith("Halvern "));
+        EXPECT_TRUE(widget->whatsThis().startsWith("Displays "));
+    }
+}
+
+TEST_F(FormTest, LoadedFormHoldsAllWidgetsWithTheDotsInTheirNames)
 {
     QFile file(HALVERN_TEST_FORM);
     const auto form = load(file);
     ASSERT_TRUE(form) << qPrintable(loader.errorString());
-    expectAll(*form);
+    expectAll(*form, "halvern.qt.");
     showAndClose(*form);
 }
 
-TEST_F(FormTest, CompiledFormHoldsAllWidgets)
+TEST_F(FormTest, CompiledFormHoldsAllWidgetsWithUnderscoresInTheirNames)
 {
     QWidget form;
     Ui::Widgets ui;
     ui.setupUi(&form);
-    expectAll(form);
-    EXPECT_EQ(ui.Halvern_Rendering_QtView->metaObject(), &QtView::staticMetaObject);
+    expectAll(form, "halvern_qt_");
+    EXPECT_EQ(ui.halvern_qt_QtView->metaObject(), &QtView::staticMetaObject);
     showAndClose(form);
 }
 

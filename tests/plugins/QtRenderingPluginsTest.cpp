@@ -3,7 +3,9 @@
 #include "qt/QtView.h"
 
 #include <QJsonObject>
+#include <QLibrary>
 #include <QPluginLoader>
+#include <QPointer>
 #include <QTest>
 #include <QtUiPlugin/QDesignerCustomWidgetInterface>
 
@@ -50,6 +52,30 @@ TEST_F(QtRenderingPluginsTest, InstanceIsOneParentlessCollection)
     EXPECT_EQ(QPluginLoader(HALVERN_QT_LIBRARY).instance(), instance);
 }
 
+TEST_F(QtRenderingPluginsTest, EntryPointsAreExportedAndMakeTheCollectionOnce)
+{
+    QLibrary library(HALVERN_QT_LIBRARY);
+    const auto instance = reinterpret_cast<QObject* (*)()>(library.resolve("qt_plugin_instance"));
+    const auto metadata = reinterpret_cast<const char* (*)()>(library.resolve("qt_plugin_query_metadata"));
+    ASSERT_TRUE(instance);
+    ASSERT_TRUE(metadata);
+    EXPECT_EQ(QByteArray(metadata(), 12), "QTMETADATA !");
+
+    const QPointer<QObject> collection = instance();
+    EXPECT_EQ(collection, loader.instance());
+    EXPECT_EQ(instance(), collection);
+    delete collection;
+    EXPECT_TRUE(qobject_cast<QDesignerCustomWidgetCollectionInterface*>(instance())) << "a new one";
+}
+
+TEST_F(QtRenderingPluginsTest, PluginsDieWithTheCollection)
+{
+    auto collection = std::make_unique<QtRenderingPlugins>();
+    const QPointer<QObject> plugin = collection->children().first();
+    collection.reset();
+    EXPECT_FALSE(plugin);
+}
+
 TEST_F(QtRenderingPluginsTest, PluginsAreChildrenOfTheCollectionInTheirOrder)
 {
     const auto plugins = this->plugins();
@@ -76,6 +102,32 @@ TEST_F(QtRenderingPluginsTest, InitializeRaisesThePluginsFlagForGoodAndNeedsNoEd
         plugin->initialize(nullptr);
         EXPECT_TRUE(plugin->isInitialized());
     }
+}
+
+TEST_F(QtRenderingPluginsTest, ViewMovesIntoTheFormWhenDesignerNamesIt)
+{
+    const QtRenderingPlugins collection;
+    QDesignerCustomWidgetInterface* plugin = collection.customWidgets().first();
+    QWidget form;
+    QWidget layout;
+    const std::unique_ptr<QWidget> outside(plugin->createWidget(&form));
+    outside->setObjectName("made_without_designer");
+    EXPECT_FALSE(outside->parent());
+
+    plugin->initialize(nullptr);
+    QWidget* view = plugin->createWidget(&form);
+    EXPECT_FALSE(view->parent());
+    view->setObjectName("view");
+    EXPECT_EQ(view->parent(), &form);
+    view->setParent(&layout);
+    view->setObjectName("renamed");
+    EXPECT_EQ(view->parent(), &layout);
+}
+
+TEST_F(QtRenderingPluginsTest, ViewKeepsItsSizeHintWhateverSizeItsXmlGives)
+{
+    const std::unique_ptr<QWidget> view(plugins().value(0)->createWidget(nullptr));
+    EXPECT_EQ(view->sizeHint(), QSize(400, 400));
 }
 
 TEST_F(QtRenderingPluginsTest, ViewIsNamedAfterItsPlugin)
