@@ -39,7 +39,7 @@ void Panels::arrange()
 {
     for (QDockWidget* dock : {propertiesDock, materialDock, parameterDock})
         dock->setVisible(window->width() >= Roomy.width() && window->height() >= Roomy.height());
-    window->resizeDocks({sceneDock, propertiesDock}, {300, 320}, Qt::Horizontal);
+    window->resizeDocks({sceneDock, propertiesDock}, {300, 350}, Qt::Horizontal);
     window->resizeDocks({propertiesDock, materialDock, parameterDock}, {300, 200, 300}, Qt::Vertical);
 }
 
@@ -80,7 +80,7 @@ void Panels::fill()
     sceneDock->fill();
     properties->setSceneManager(sceneManager);
     materials->setSceneManager(sceneManager);
-    parameters->setFXManager(view->getWindow()->getFXManager());
+    renewParameters();
     // What was selected in the scene before is not there any more.
     eventManager->triggerEvent("SelectObject", ", Studio");
     toAnimate = sceneManager;
@@ -103,10 +103,17 @@ void Panels::build()
     materials = new qt::QtMaterialPanel;
     materials->setEventManager(eventManager);
     materialDock->setWidget(materials);
+    buildAnimationDock();
+}
+
+/// An editor keeps its material, which the next scene does not have.
+void Panels::renewParameters()
+{
+    delete parameters;
     parameters = new qt::QtFXMaterial;
     parameters->setEventManager(eventManager);
+    parameters->setFXManager(view->getWindow()->getFXManager());
     parameterDock->setWidget(parameters);
-    buildAnimationDock();
 }
 
 void Panels::buildAnimationDock()

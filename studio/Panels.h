@@ -62,6 +62,7 @@ private:
     QDockWidget* addDock(Qt::DockWidgetArea area, const QString& title, const QString& name);
     void build();
     void buildAnimationDock();
+    void renewParameters();
 
     QMainWindow* const window;
     qt::QtView* const view;
