@@ -7,10 +7,10 @@ float4 baseColor < string UIName = "Base colour"; string UIWidget = "color"; > =
 float metalness < string UIName = "Metalness"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 1; float UIStep = 0.01; > = 0;
 float roughness < string UIName = "Roughness"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 1; float UIStep = 0.01; > = 0.6;
 float3 emissive < string UIName = "Emission"; string UIWidget = "color"; > = { 0, 0, 0 };
-float normalScale < string UIName = "Depth of the normal map"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 2; float UIStep = 0.05; > = 1;
+float normalScale < string UIName = "Normal depth"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 2; float UIStep = 0.05; > = 1;
 float alphaCutoff < string UIName = "Cut off below"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 1; float UIStep = 0.01; > = 0.5;
 texture baseColorMap < string UIName = "Base colour map"; >;
-texture metalRoughMap < string UIName = "Metal and roughness map"; >; // green roughness, blue metalness
+texture metalRoughMap < string UIName = "Metal-roughness map"; >; // green roughness, blue metalness
 texture normalMap < string UIName = "Normal map"; >;
 texture emissiveMap < string UIName = "Emission map"; >;
 texture occlusionMap < string UIName = "Occlusion map"; >; // red
