@@ -84,7 +84,7 @@ ImportedScene read(const std::string& fileName, const ImportOptions& options)
         importer.ApplyPostProcessing(PostProcessing);
         check(importer, *progress, fileName);
     }
-    SceneBuilder(*importer.GetScene(), fileName, options, *progress, result).build(bones);
+    SceneBuilder(*importer.GetScene(), fileName, bones, options, *progress, result).build();
     return result;
 }
 

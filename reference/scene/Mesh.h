@@ -13,6 +13,7 @@
 namespace halvern::scene {
 
 class Node;
+struct Skin;
 
 /// Triangles, lines or points in the coordinates of the node that carries them. Never changed once it is
 /// on a node, so readers on any thread share it. Per-vertex arrays are either empty or as long as
@@ -32,8 +33,13 @@ struct Mesh
 };
 
 /// The geometries of a node, in the order of their indices ("first" of Node::setMaterial). The material
-/// of geometry i is that of (i, 0). Any thread.
-HALVERN_SCENE_API void setGeometries(Node& node, std::vector<std::shared_ptr<const Mesh>> geometries);
+/// of geometry i is that of (i, 0). Skin i, if there is one, deforms geometry i; one that does not fit the
+/// mesh has no effect. Any thread.
+HALVERN_SCENE_API void setGeometries(Node& node, std::vector<std::shared_ptr<const Mesh>> geometries,
+                                     std::vector<std::shared_ptr<const Skin>> skins = {});
 HALVERN_SCENE_API std::vector<std::shared_ptr<const Mesh>> getGeometries(const Node& node);
+
+/// Empty, or as long as the geometries, with empty pointers where there is none.
+HALVERN_SCENE_API std::vector<std::shared_ptr<const Skin>> getSkins(const Node& node);
 
 } // namespace halvern::scene

@@ -219,10 +219,16 @@ boost::shared_ptr<Material> Node::getMaterial(unsigned int first, unsigned int s
     return slot != d->materials.end() ? slot->second : boost::shared_ptr<Material>();
 }
 
-void setGeometries(Node& node, std::vector<std::shared_ptr<const Mesh>> geometries)
+void setGeometries(Node& node, std::vector<std::shared_ptr<const Mesh>> geometries,
+                   std::vector<std::shared_ptr<const Skin>> skins)
 {
     auto& data = Internals::of(node);
-    data.apply(node, SceneChanges::Geometries, [&] { data.geometries.swap(geometries); });
+    if (!skins.empty())
+        skins.resize(geometries.size());
+    data.apply(node, SceneChanges::Geometries, [&] {
+        data.geometries.swap(geometries);
+        data.skins.swap(skins);
+    });
 }
 
 std::vector<std::shared_ptr<const Mesh>> getGeometries(const Node& node)
@@ -230,6 +236,13 @@ std::vector<std::shared_ptr<const Mesh>> getGeometries(const Node& node)
     const auto& data = Internals::of(node);
     std::lock_guard lock(data.mutex);
     return data.geometries;
+}
+
+std::vector<std::shared_ptr<const Skin>> getSkins(const Node& node)
+{
+    const auto& data = Internals::of(node);
+    std::lock_guard lock(data.mutex);
+    return data.skins;
 }
 
 } // namespace halvern::scene

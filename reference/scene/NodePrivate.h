@@ -33,6 +33,7 @@ struct Node::Private
     std::vector<boost::shared_ptr<Camera>> cameras;
     std::map<std::pair<unsigned int, unsigned int>, boost::shared_ptr<Material>> materials;
     std::vector<std::shared_ptr<const Mesh>> geometries;
+    std::vector<std::shared_ptr<const Skin>> skins; // empty, or as long as the geometries
     std::shared_ptr<SceneLink> link; // empty outside of a scene; changed under the topology lock too
 
     unsigned entries = 0;                 // how often the node is in its scene; under the topology lock

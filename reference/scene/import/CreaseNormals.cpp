@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numeric>
+#include <utility>
 #include <vector>
 
 namespace halvern::scene {
@@ -127,6 +128,27 @@ private:
         values = extended;
     }
 
+    /// A copy follows the bone as its vertex does. The copies are in the order of their vertices.
+    void extend(aiBone& bone) const
+    {
+        std::vector<aiVertexWeight> added;
+        for (unsigned i = 0; i < bone.mNumWeights; ++i) {
+            const aiVertexWeight& weight = bone.mWeights[i];
+            const auto range = std::equal_range(copies.begin(), copies.end(), weight.mVertexId);
+            for (auto copy = range.first; copy != range.second; ++copy) {
+                const auto vertex = mesh.mNumVertices + static_cast<unsigned>(copy - copies.begin());
+                added.emplace_back(vertex, weight.mWeight);
+            }
+        }
+        if (added.empty())
+            return;
+        auto* const extended = new aiVertexWeight[bone.mNumWeights + added.size()];
+        std::copy(bone.mWeights, bone.mWeights + bone.mNumWeights, extended);
+        std::copy(added.begin(), added.end(), extended + bone.mNumWeights);
+        delete[] std::exchange(bone.mWeights, extended);
+        bone.mNumWeights += static_cast<unsigned>(added.size());
+    }
+
     void store()
     {
         extend(mesh.mVertices);
@@ -134,6 +156,8 @@ private:
             extend(channel);
         for (auto& channel : mesh.mColors)
             extend(channel);
+        for (unsigned i = 0; i < mesh.mNumBones; ++i)
+            extend(*mesh.mBones[i]);
         for (aiVector3D** unused : {&mesh.mTangents, &mesh.mBitangents}) {
             delete[] * unused;
             *unused = nullptr;

@@ -7,6 +7,7 @@
 #include "reference/scene/CameraPose.h"
 #include "reference/scene/LightSource.h"
 #include "reference/scene/Mesh.h"
+#include "reference/scene/Skin.h"
 #include "reference/scene/import/Conversions.h"
 #include "reference/scene/import/UniqueNames.h"
 
@@ -15,6 +16,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -49,6 +52,31 @@ void extend(Eigen::AlignedBox3d& bounds, const Eigen::AlignedBox3f& box, const E
         if (point.cast<float>().allFinite())
             bounds.extend(point);
     }
+}
+
+/// A mesh that bones deform, and where its node stands.
+struct SkinnedMesh
+{
+    std::shared_ptr<const Mesh> mesh;
+    std::shared_ptr<const Skin> skin;
+    Eigen::Affine3d world;
+};
+
+/// The box round the mesh in the pose of its bones, in the coordinates of its node.
+Eigen::AlignedBox3f boundsOf(const SkinnedMesh& skinned, const std::map<const Node*, Eigen::Affine3d>& worlds)
+{
+    const Eigen::Affine3d toMesh = skinned.world.inverse();
+    std::vector<Eigen::Matrix4f> pose;
+    for (const Skin::Bone& bone : skinned.skin->bones)
+        pose.push_back(poseOf(bone, worlds.at(bone.node.lock().get()), toMesh));
+    pose.push_back(Eigen::Matrix4f::Identity());
+    std::vector<Eigen::Vector3f> positions(skinned.mesh->positions.size());
+    std::vector<Eigen::Vector3f> normals(skinned.mesh->normals.size());
+    deform(*skinned.mesh, *skinned.skin, pose, positions.data(), normals.data());
+    Eigen::AlignedBox3f bounds;
+    for (const uint32_t index : skinned.mesh->indices)
+        bounds.extend(positions[index]);
+    return bounds;
 }
 
 /// Calls function(node, world) for the node and all below it.
@@ -150,10 +178,23 @@ void addLight(Node& node, const char* name, LightSource::Kind kind, float intens
 Eigen::AlignedBox3d boundsOf(const boost::shared_ptr<Node>& top)
 {
     Eigen::AlignedBox3d bounds;
+    std::vector<SkinnedMesh> skinned;
     visit(top, [&](const Node& node, const Eigen::Affine3d& world) {
-        for (const auto& mesh : getGeometries(node))
-            extend(bounds, mesh->bounds, world);
+        const auto meshes = getGeometries(node);
+        const auto skins = getSkins(node);
+        for (size_t i = 0; i < meshes.size(); ++i) {
+            if (i < skins.size() && skins[i])
+                skinned.push_back({meshes[i], skins[i], world});
+            else
+                extend(bounds, meshes[i]->bounds, world);
+        }
     });
+    if (skinned.empty())
+        return bounds;
+    std::map<const Node*, Eigen::Affine3d> worlds;
+    visit(top, [&](const Node& node, const Eigen::Affine3d& world) { worlds.emplace(&node, world); });
+    for (const SkinnedMesh& mesh : skinned)
+        extend(bounds, boundsOf(mesh, worlds), mesh.world);
     return bounds;
 }
 

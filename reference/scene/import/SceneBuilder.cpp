@@ -5,11 +5,13 @@
 #include "engine/scene/Node.h"
 #include "engine/scene/SceneManager.h"
 #include "reference/scene/import/AnimationReader.h"
+#include "reference/scene/import/BoneFinder.h"
 #include "reference/scene/import/CameraReader.h"
 #include "reference/scene/import/Conversions.h"
 #include "reference/scene/import/DefaultView.h"
 #include "reference/scene/import/LightReader.h"
 #include "reference/scene/import/MeshReader.h"
+#include "reference/scene/import/SkinReader.h"
 #include "reference/scene/import/TextureLoader.h"
 
 #include <assimp/commonMetaData.h>
@@ -17,6 +19,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <sstream>
@@ -41,26 +44,28 @@ static FileFacts factsOf(const aiScene& scene)
 }
 
 SceneBuilder::SceneBuilder(const aiScene& newScene, const std::string& newFileName,
-                           const ImportOptions& newOptions, ImportProgress& newProgress,
-                           ImportedScene& newResult) :
+                           const std::set<std::string>& newBones, const ImportOptions& newOptions,
+                           ImportProgress& newProgress, ImportedScene& newResult) :
     scene(newScene),
     fileName(newFileName),
     file(factsOf(newScene)),
+    bones(newBones),
     options(newOptions),
     progress(newProgress),
     result(newResult)
 {}
 
-void SceneBuilder::build(const std::set<std::string>& bones)
+void SceneBuilder::build()
 {
     result.sceneManager = boost::make_shared<SceneManager>(nullptr);
     result.sceneManager->setSceneName(fs::path(fileName).stem().string());
     buildMaterials();
     buildMeshes();
     const auto root = buildNodes();
+    buildSkins(root);
     buildCameras();
     buildLights();
-    buildAnimations(bones);
+    buildAnimations();
     result.sceneManager->setRoot(addDefaults(root));
     for (const auto& camera : cameras)
         result.sceneManager->addCameraInstance(camera);
@@ -136,27 +141,62 @@ boost::shared_ptr<Node> SceneBuilder::buildNode(const aiNode& source)
         for (std::string layer; words >> layer;)
             node->addToLayer(layer);
     }
-    addGeometries(*node, source);
+    addGeometries(node, source);
     return node;
 }
 
-void SceneBuilder::addGeometries(Node& node, const aiNode& source)
+void SceneBuilder::addGeometries(const boost::shared_ptr<Node>& node, const aiNode& source)
 {
     std::vector<std::shared_ptr<const Mesh>> geometries;
+    std::vector<unsigned> indices;
     for (unsigned i = 0; i < source.mNumMeshes; ++i) {
         const unsigned index = source.mMeshes[i];
         if (index >= meshes.size() || !meshes[index])
             continue;
         const unsigned material = scene.mMeshes[index]->mMaterialIndex;
         if (material < materials.size())
-            node.setMaterial(materials[material], static_cast<unsigned>(geometries.size()), 0);
+            node->setMaterial(materials[material], static_cast<unsigned>(geometries.size()), 0);
         geometries.push_back(meshes[index]);
+        indices.push_back(index);
         result.counts.vertices += meshes[index]->positions.size();
         if (meshes[index]->primitive == Mesh::Primitive::Triangles)
             result.counts.triangles += meshes[index]->indices.size() / 3;
     }
+    const auto hasBones = [this](unsigned index) { return scene.mMeshes[index]->mNumBones > 0; };
+    if (std::any_of(indices.begin(), indices.end(), hasBones))
+        skinned.emplace_back(node, std::move(indices));
     if (!geometries.empty())
-        setGeometries(node, std::move(geometries));
+        setGeometries(*node, std::move(geometries));
+}
+
+void SceneBuilder::buildSkins(const boost::shared_ptr<Node>& root)
+{
+    if (skinned.empty())
+        return;
+    const BoneFinder finder(root, bones);
+    for (const auto& [node, indices] : skinned) {
+        std::vector<std::shared_ptr<const Skin>> skins;
+        for (const unsigned mesh : indices)
+            skins.push_back(buildSkin(mesh, *node, finder));
+        setGeometries(*node, getGeometries(*node), std::move(skins));
+    }
+}
+
+std::shared_ptr<const Skin> SceneBuilder::buildSkin(unsigned mesh, const Node& carrier,
+                                                    const BoneFinder& finder)
+{
+    const aiMesh& source = *scene.mMeshes[mesh];
+    std::vector<boost::shared_ptr<Node>> nodes;
+    std::string missing;
+    for (unsigned i = 0; i < source.mNumBones; ++i) {
+        const std::string name = source.mBones[i]->mName.C_Str();
+        nodes.push_back(finder.find(name, carrier));
+        if (!nodes.back())
+            missing += (missing.empty() ? "" : ", ") + name;
+    }
+    if (!missing.empty())
+        result.warnings.push_back("mesh " + meshes[mesh]->name + ": no node carries its bones " + missing);
+    return readSkin(source, nodes);
 }
 
 boost::shared_ptr<Node> SceneBuilder::findNode(const aiString& name, const char* what)
@@ -201,7 +241,7 @@ void SceneBuilder::buildLights()
     }
 }
 
-void SceneBuilder::buildAnimations(const std::set<std::string>& bones)
+void SceneBuilder::buildAnimations()
 {
     const auto nodeID = [this](const std::string& name) {
         const auto found = nodesByName.find(name);

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
+#include <unordered_set>
 #include <utility>
 
 namespace halvern::scene {
@@ -92,7 +94,78 @@ void dropAll(Object**& objects, unsigned& count)
     count = 0;
 }
 
-/// Closes the gaps in the tree and drops mesh indices out of range.
+bool isUsable(const aiMatrix4x4& matrix)
+{
+    const auto isGood = [](ai_real value) { return std::abs(value) <= LargestCoordinate; };
+    return std::all_of(&matrix.a1, &matrix.a1 + 16, isGood);
+}
+
+/// Returns how many weights were dropped. Those of 0 say nothing and go too.
+unsigned dropBadWeights(aiBone& bone, unsigned vertices)
+{
+    if (!bone.mWeights)
+        bone.mNumWeights = 0;
+    unsigned kept = 0;
+    unsigned dropped = 0;
+    for (unsigned i = 0; i < bone.mNumWeights; ++i) {
+        const aiVertexWeight weight = bone.mWeights[i];
+        if (weight.mVertexId < vertices && weight.mWeight > 0 && std::isfinite(weight.mWeight))
+            bone.mWeights[kept++] = weight;
+        else if (weight.mVertexId >= vertices || weight.mWeight != 0)
+            ++dropped;
+    }
+    bone.mNumWeights = kept;
+    return dropped;
+}
+
+void repairBones(aiMesh& mesh, std::vector<std::string>& warnings)
+{
+    if (!mesh.mBones)
+        mesh.mNumBones = 0;
+    const auto isBad = [](aiBone* bone) {
+        if (bone && isUsable(bone->mOffsetMatrix))
+            return false;
+        delete bone;
+        return true;
+    };
+    aiBone** const end = std::remove_if(mesh.mBones, mesh.mBones + mesh.mNumBones, isBad);
+    const auto count = static_cast<unsigned>(end - mesh.mBones);
+    const unsigned droppedBones = std::exchange(mesh.mNumBones, count) - count;
+    unsigned droppedWeights = 0;
+    std::for_each(mesh.mBones, end,
+                  [&](aiBone* bone) { droppedWeights += dropBadWeights(*bone, mesh.mNumVertices); });
+    const std::string name = "mesh " + std::string(mesh.mName.C_Str()) + ": ";
+    if (droppedBones > 0)
+        warnings.push_back(name + std::to_string(droppedBones) + " bones are invalid and left out");
+    if (droppedWeights > 0)
+        warnings.push_back(name + std::to_string(droppedWeights) +
+                           " weights of bones are invalid and left out");
+}
+
+/// Hangs children that name one of their brothers as their parent below it: an importer puts all bones of a
+/// skeleton side by side, and only their notes tell how they hang together.
+void hangBelowBrothers(aiNode& node)
+{
+    aiNode** const begin = node.mChildren;
+    aiNode** const end = begin + node.mNumChildren;
+    if (std::all_of(begin, end, [&](const aiNode* child) { return child->mParent == &node; }))
+        return;
+    const std::unordered_set<const aiNode*> brothers(begin, end);
+    const auto hangsBelow = [&](const aiNode* child) {
+        const aiNode* top = child;
+        for (unsigned steps = 0; brothers.count(top->mParent) > 0; top = top->mParent) {
+            if (++steps > node.mNumChildren)
+                return false; // a circle
+        }
+        return top != child;
+    };
+    aiNode** const moved = std::stable_partition(begin, end, std::not_fn(hangsBelow));
+    for (aiNode** child = moved; child != end; ++child)
+        (*child)->mParent->addChildren(1, child);
+    node.mNumChildren = static_cast<unsigned>(moved - begin);
+}
+
+/// Closes the gaps in the tree, and drops mesh indices out of range.
 void repairNodes(aiScene& scene)
 {
     std::vector<aiNode*> pending;
@@ -106,7 +179,8 @@ void repairNodes(aiScene& scene)
         unsigned* const meshesEnd = std::remove_if(node.mMeshes, node.mMeshes + node.mNumMeshes,
                                                    [&](unsigned mesh) { return mesh >= scene.mNumMeshes; });
         node.mNumMeshes = static_cast<unsigned>(meshesEnd - node.mMeshes);
-        pending.insert(pending.end(), node.mChildren, childrenEnd);
+        hangBelowBrothers(node);
+        pending.insert(pending.end(), node.mChildren, node.mChildren + node.mNumChildren);
     }
 }
 
@@ -117,13 +191,13 @@ void repairScene(aiScene& scene, std::vector<std::string>& warnings)
     repairNodes(scene);
     for (unsigned i = 0; i < scene.mNumMeshes; ++i) {
         aiMesh& mesh = *scene.mMeshes[i];
-        dropAll(mesh.mBones, mesh.mNumBones);
         dropAll(mesh.mAnimMeshes, mesh.mNumAnimMeshes);
         if (mesh.mMaterialIndex >= scene.mNumMaterials)
             mesh.mMaterialIndex = 0;
         if (const unsigned dropped = dropBadFaces(mesh))
             warnings.push_back("mesh " + std::string(mesh.mName.C_Str()) + ": " + std::to_string(dropped) +
                                " faces are invalid and left out");
+        repairBones(mesh, warnings);
         setPrimitiveTypes(mesh);
         makeCreaseNormals(mesh);
     }
