@@ -68,7 +68,7 @@ osg::ref_ptr<OsgArray> toArray(const std::vector<Element>& elements)
 } // namespace
 
 MeshGeometry::MeshGeometry(std::shared_ptr<const Mesh> newMesh) :
-    mesh(newMesh), box(boundsOf(*newMesh)), features(featuresOf(*newMesh))
+    mesh(newMesh), features(featuresOf(*newMesh)), box(boundsOf(*newMesh))
 {
     setUseDisplayList(false);
     setUseVertexBufferObjects(true);
@@ -84,6 +84,12 @@ MeshGeometry::MeshGeometry(std::shared_ptr<const Mesh> newMesh) :
         setColorArray(toArray<osg::Vec4Array>(mesh->colors));
     addPrimitiveSet(
         new osg::DrawElementsUInt(modeOf(mesh->primitive), mesh->indices.size(), mesh->indices.data()));
+}
+
+const Eigen::Vector3f* MeshGeometry::getPositions() const
+{
+    const osg::Array* array = getVertexArray();
+    return array ? static_cast<const Eigen::Vector3f*>(array->getDataPointer()) : nullptr;
 }
 
 unsigned int MeshGeometry::triangleCount() const

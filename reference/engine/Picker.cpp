@@ -40,17 +40,19 @@ Eigen::AlignedBox3d widened(const Eigen::AlignedBox3d& box, const PickRay& ray)
     return {box.min() - margin, box.max() + margin};
 }
 
-double pickTriangles(const Mesh& mesh, const Eigen::Affine3d& toWorld, const PickRay& ray)
+double pickTriangles(const MeshGeometry& geometry, const Eigen::Affine3d& toWorld, const PickRay& ray)
 {
     // Depths are the same in the coordinates of the mesh: the ray is taken there as it is.
     const Eigen::Affine3d toMesh = toWorld.inverse();
     const Eigen::Vector3d origin = toMesh * ray.origin;
     const Eigen::Vector3d direction = toMesh.linear() * ray.direction;
+    const std::vector<uint32_t>& indices = geometry.mesh->indices;
+    const Eigen::Vector3f* const positions = geometry.getPositions();
     double nearest = nowhere;
-    for (size_t i = 0; i + 2 < mesh.indices.size(); i += 3) {
-        const Eigen::Vector3d a = mesh.positions[mesh.indices[i]].cast<double>();
-        const Eigen::Vector3d ab = mesh.positions[mesh.indices[i + 1]].cast<double>() - a;
-        const Eigen::Vector3d ac = mesh.positions[mesh.indices[i + 2]].cast<double>() - a;
+    for (size_t i = 0; i + 2 < indices.size(); i += 3) {
+        const Eigen::Vector3d a = positions[indices[i]].cast<double>();
+        const Eigen::Vector3d ab = positions[indices[i + 1]].cast<double>() - a;
+        const Eigen::Vector3d ac = positions[indices[i + 2]].cast<double>() - a;
         const Eigen::Vector3d across = direction.cross(ac);
         const double determinant = ab.dot(across);
         const double inverse = 1 / determinant;
@@ -114,12 +116,14 @@ double pickLine(Eigen::Vector3d from, Eigen::Vector3d to, const PickRay& ray)
     return depth <= ray.zFar ? depth : nowhere;
 }
 
-double pickMesh(const Mesh& mesh, const Eigen::Affine3d& toWorld, const PickRay& ray)
+double pickGeometry(const MeshGeometry& geometry, const Eigen::Affine3d& toWorld, const PickRay& ray)
 {
+    const Mesh& mesh = *geometry.mesh;
     if (mesh.primitive == Mesh::Primitive::Triangles)
-        return pickTriangles(mesh, toWorld, ray);
+        return pickTriangles(geometry, toWorld, ray);
+    const Eigen::Vector3f* const positions = geometry.getPositions();
     const auto position = [&](size_t i) -> Eigen::Vector3d {
-        return toWorld * mesh.positions[mesh.indices[i]].cast<double>();
+        return toWorld * positions[mesh.indices[i]].cast<double>();
     };
     double nearest = nowhere;
     if (mesh.primitive == Mesh::Primitive::Points)
@@ -140,13 +144,12 @@ boost::optional<PickHit> pick(const SceneMirror& mirror, const PickRay& ray)
     for (const SceneMirror::Surface& surface : mirror.getSurfaces()) {
         if (surface.bounds.isEmpty() || (bestIsPost && !surface.postRender))
             continue;
-        const Mesh& mesh = *surface.geometry->mesh;
-        const bool solid = mesh.primitive == Mesh::Primitive::Triangles;
+        const bool solid = surface.geometry->mesh->primitive == Mesh::Primitive::Triangles;
         const double enter = enterBox(solid ? surface.bounds : widened(surface.bounds, ray), ray);
         const double limit = best && bestIsPost == surface.postRender ? best->depth : nowhere;
         if (enter == nowhere || enter > limit)
             continue;
-        const double depth = pickMesh(mesh, mirror.getEntries()[surface.entry].world, ray);
+        const double depth = pickGeometry(*surface.geometry, mirror.getEntries()[surface.entry].world, ray);
         if (depth >= limit)
             continue;
         best = PickHit{surface.entry, surface.index, depth};

@@ -22,6 +22,8 @@ struct SceneMirror::Record
         osg::ref_ptr<MeshGeometry> geometry;
         boost::shared_ptr<scene::Material> material;
         unsigned int index;
+        std::vector<osg::ref_ptr<SkinnedGeometry>>
+            skinned; // with a skin, by place; the first is the geometry
     };
 
     boost::shared_ptr<Node> node;
@@ -31,6 +33,7 @@ struct SceneMirror::Record
     std::vector<Geometry> geometries;
     std::vector<boost::shared_ptr<scene::Light>> lights;
     int entry = -1;           // a place; the others follow by Entry::nextOfNode
+    unsigned int places = 0;  // how many there are, while they are entered
     unsigned int reached = 0; // the last generation in which the node was in the graph
     unsigned int read = 0;    // the generation that all of it was last read for
 };
@@ -205,12 +208,19 @@ void SceneMirror::readSurfaces(Record& record)
 {
     record.geometries.clear();
     const auto meshes = getGeometries(*record.node);
+    const auto skins = getSkins(*record.node);
     for (unsigned int i = 0; i < meshes.size(); ++i) {
         if (!meshes[i])
             continue;
-        osg::ref_ptr<MeshGeometry> geometry = geometries.get(meshes[i]);
-        if (!geometry->box.isEmpty())
-            record.geometries.push_back({geometry, record.node->getMaterial(i, 0), i});
+        Record::Geometry geometry{{}, record.node->getMaterial(i, 0), i, {}};
+        if (i < skins.size() && skins[i] && fits(*skins[i], *meshes[i])) {
+            geometry.skinned.push_back(new SkinnedGeometry(meshes[i], skins[i]));
+            geometry.geometry = geometry.skinned.front();
+        } else {
+            geometry.geometry = geometries.get(meshes[i]);
+        }
+        if (!geometry.geometry->getBox().isEmpty())
+            record.geometries.push_back(std::move(geometry));
     }
 }
 
@@ -250,6 +260,7 @@ void SceneMirror::flatten()
     entries.clear();
     surfaces.clear();
     lights.clear();
+    skinnedSurfaces.clear();
     std::vector<Level> stack;
     const auto descend = [&](Record& record, int parent) {
         stack.push_back({&record, int(entries.size()), 0});
@@ -267,12 +278,15 @@ void SceneMirror::flatten()
         stack.pop_back();
     }
     dropUnreached();
+    findBones();
+    followBones();
 }
 
 void SceneMirror::enter(Record& record, int parent)
 {
     const int entry = entries.size();
     const int nextOfNode = record.reached == generation ? record.entry : -1;
+    record.places = nextOfNode < 0 ? 1 : record.places + 1;
     record.reached = generation;
     record.entry = entry;
     entries.push_back(
@@ -291,10 +305,12 @@ void SceneMirror::enter(Record& record, int parent)
 void SceneMirror::addSurfaces(Record& record, int entry)
 {
     const unsigned int flags = entries[entry].flags;
-    for (const Record::Geometry& geometry : record.geometries) {
+    for (Record::Geometry& geometry : record.geometries) {
         const MaterialState& look = materials.get(geometry.material, flags & NodeFlag::SeeThrough);
         Surface surface;
         surface.geometry = geometry.geometry.get();
+        if (!geometry.skinned.empty())
+            surface.geometry = addSkinned(geometry.skinned, record.places - 1);
         surface.look = &look;
         surface.features = look.getFeatures(geometry.geometry->features);
         surface.index = geometry.index;
@@ -306,6 +322,53 @@ void SceneMirror::addSurfaces(Record& record, int entry)
     }
     for (const auto& light : record.lights)
         lights.push_back({light, entry});
+}
+
+SkinnedGeometry* SceneMirror::addSkinned(std::vector<osg::ref_ptr<SkinnedGeometry>>& skinned,
+                                         unsigned int place)
+{
+    while (skinned.size() <= place)
+        skinned.push_back(new SkinnedGeometry(skinned.front()->mesh, skinned.front()->skin));
+    SkinnedGeometry* const geometry = skinned[place].get();
+    skinnedSurfaces.push_back({int(surfaces.size()), geometry, {}});
+    return geometry;
+}
+
+void SceneMirror::findBones()
+{
+    for (SkinnedSurface& skinned : skinnedSurfaces)
+        for (const scene::Skin::Bone& bone : skinned.geometry->skin->bones)
+            skinned.bones.push_back(findBone(bone.node.lock().get(), surfaces[skinned.surface].entry));
+}
+
+int SceneMirror::findBone(const Node* node, int entry) const
+{
+    const int first = findEntry(node);
+    if (first < 0 || entries[first].nextOfNode < 0)
+        return first;
+    // Of several places the one that was put there together with the mesh.
+    for (int top = entry; top >= 0; top = entries[top].parent)
+        for (int i = first; i >= 0; i = entries[i].nextOfNode)
+            if (i >= top && i < entries[top].end)
+                return i;
+    return first;
+}
+
+void SceneMirror::followBones()
+{
+    for (const SkinnedSurface& skinned : skinnedSurfaces) {
+        Surface& surface = surfaces[skinned.surface];
+        const Eigen::Affine3d worldToMesh = entries[surface.entry].world.inverse();
+        const std::vector<scene::Skin::Bone>& bones = skinned.geometry->skin->bones;
+        // A bone that is not in the graph stays where it was.
+        for (unsigned int i = 0; i < bones.size(); ++i)
+            if (skinned.bones[i] >= 0)
+                skinned.geometry->setBone(i, poseOf(bones[i], entries[skinned.bones[i]].world, worldToMesh));
+        if (!skinned.geometry->update())
+            continue;
+        placeSurface(surface);
+        casterVersion += surface.castsShadow;
+    }
 }
 
 void SceneMirror::dropUnreached()
@@ -328,6 +391,7 @@ void SceneMirror::move(std::vector<int> moved)
             place(entries[i]);
         done = std::max(done, entries[first].end);
     }
+    followBones();
     boundsKnown = false;
 }
 
@@ -342,7 +406,7 @@ void SceneMirror::place(Entry& entry)
 
 void SceneMirror::placeSurface(Surface& surface)
 {
-    surface.bounds = transformed(surface.geometry->box, entries[surface.entry].world);
+    surface.bounds = transformed(surface.geometry->getBox(), entries[surface.entry].world);
 }
 
 } // namespace halvern::engine

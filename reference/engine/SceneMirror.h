@@ -2,6 +2,7 @@
 
 #include "reference/engine/MaterialStates.h"
 #include "reference/engine/MeshGeometry.h"
+#include "reference/engine/SkinnedGeometry.h"
 
 #include <boost/shared_ptr.hpp>
 
@@ -97,6 +98,14 @@ public:
 private:
     struct Record;
 
+    /// A surface that bones deform.
+    struct SkinnedSurface
+    {
+        int surface;
+        SkinnedGeometry* geometry;
+        std::vector<int> bones; ///< their places; -1 for one that is not in the graph
+    };
+
     Record* adopt(const boost::shared_ptr<scene::Node>& node);
     void read(Record& record, unsigned int changes);
     void readChildren(Record& record);
@@ -109,6 +118,10 @@ private:
     void dropUnreached();
     void move(std::vector<int> moved);
     void place(Entry& entry);
+    SkinnedGeometry* addSkinned(std::vector<osg::ref_ptr<SkinnedGeometry>>& skinned, unsigned int place);
+    void findBones();
+    int findBone(const scene::Node* node, int entry) const;
+    void followBones();
     void placeSurface(Surface& surface);
 
     const boost::shared_ptr<scene::SceneManager> sceneManager;
@@ -123,6 +136,7 @@ private:
     std::vector<Entry> entries;
     std::vector<Surface> surfaces;
     std::vector<LightPlace> lights;
+    std::vector<SkinnedSurface> skinnedSurfaces;
     unsigned int generation = 0;
     unsigned int casterVersion = 0;
 
