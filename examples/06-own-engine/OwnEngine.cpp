@@ -6,12 +6,16 @@
 #include "engine/scene/SceneManager.h"
 #include "engine/scenegraph/IRenderScene.h"
 #include "engine/window/ILayout.h"
+#include "engine/window/Viewport.h"
 
 #include <QOpenGLFramebufferObject>
 #include <QOpenGLFunctions>
 
+#include <algorithm>
+#include <limits>
 #include <locale>
 #include <sstream>
+#include <utility>
 
 using namespace halvern;
 
@@ -19,9 +23,16 @@ namespace own {
 
 namespace {
 
-constexpr char ColorName[] = "color";
+/// The annotations of each parameter tell the editor how to edit it.
+const std::map<std::string, std::map<std::string, std::string>>& annotations()
+{
+    static const std::map<std::string, std::map<std::string, std::string>> table = {
+        {"color", {{"UIWidget", "Color"}, {"UIName", "Paint"}}},
+        {"glow", {{"UIWidget", "Slider"}, {"UIName", "Glow"}}},
+    };
+    return table;
+}
 
-/// The keys of the widgets' texts: annotations tell the editor how to edit a parameter.
 class Annotation : public engine::fx::FXAnnotation
 {
 public:
@@ -32,8 +43,12 @@ private:
     const std::string value;
 };
 
-void drawBox()
+void drawBox(const Paint& paint)
 {
+    const Color color = paint.getColor();
+    const Color glow = color * paint.getGlow();
+    glColor3fv(color.data());
+    glMaterialfv(GL_FRONT, GL_EMISSION, glow.data());
     static const float axes[6][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {-1, 0, 0}, {0, -1, 0}, {0, 0, -1}};
     glBegin(GL_QUADS);
     for (const auto& axis : axes) {
@@ -47,38 +62,62 @@ void drawBox()
     glEnd();
 }
 
-void drawNode(scene::Node& node)
+/// How far along the way the ray meets the cube from -1 to 1, as a part of the way; infinite if it does not.
+float distanceToCube(const Eigen::Array3f& start, const Eigen::Array3f& way)
+{
+    const Eigen::Array3f lower = (-1 - start) / way;
+    const Eigen::Array3f upper = (1 - start) / way;
+    const float in = lower.min(upper).maxCoeff();
+    const float out = lower.max(upper).minCoeff();
+    return 0 < in && in <= out ? in : std::numeric_limits<float>::infinity();
+}
+
+/// Calls visit(box, place) for each box that shows at or below the node.
+template <class Visit>
+void forEachBox(scene::Node& node, const Eigen::Affine3f& placeOfParent, const Visit& visit)
 {
     if (!node.isVisible() || node.inLayer("hidden"))
         return;
-    glPushMatrix();
-    const Eigen::Affine3f place = node.getTranslation() * Eigen::Affine3f(node.getRotation()) *
+    const Eigen::Affine3f place = placeOfParent * node.getTranslation() *
+                                  Eigen::Affine3f(node.getRotation()) *
                                   Eigen::Scaling(Eigen::Vector3f(node.getScale()));
-    glMultMatrixf(place.data());
-    auto* box = dynamic_cast<Box*>(&node);
-    if (const auto paint = box ? box->getPaint() : nullptr) {
-        glColor3fv(paint->getColor().data());
-        drawBox();
-    }
-    for (unsigned int i = 0; i < node.getChildCount(); ++i)
-        drawNode(*node.getChildNode(i));
-    glPopMatrix();
+    if (auto* box = dynamic_cast<Box*>(&node))
+        visit(*box, place);
+    for (unsigned int i = 0; const auto child = node.getChildNode(i); ++i)
+        forEachBox(*child, place, visit);
 }
 
 } // namespace
 
-Paint::Paint(std::string name, Color color) : Material(std::move(name), "plain"), color(color) {}
+Paint::Paint(std::string name, Color color) :
+    Material(std::move(name), "plain"), values{{"color", {color.x(), color.y(), color.z()}}, {"glow", {0}}}
+{}
 
 Color Paint::getColor() const
 {
-    const std::lock_guard<std::mutex> guard(lock);
-    return color;
+    return Color(getValues("color").data());
 }
 
-void Paint::setColor(Color newColor)
+float Paint::getGlow() const
+{
+    return getValues("glow").front();
+}
+
+std::vector<float> Paint::getValues(const std::string& parameter) const
 {
     const std::lock_guard<std::mutex> guard(lock);
-    color = newColor;
+    const auto found = values.find(parameter);
+    return found == values.end() ? std::vector<float>() : found->second;
+}
+
+bool Paint::setValues(const std::string& parameter, const std::vector<float>& newValues)
+{
+    const std::lock_guard<std::mutex> guard(lock);
+    const auto found = values.find(parameter);
+    if (found == values.end() || newValues.size() < found->second.size())
+        return false;
+    std::copy_n(newValues.begin(), found->second.size(), found->second.begin());
+    return true;
 }
 
 Box::Box(std::string name, boost::shared_ptr<Paint> paint, Eigen::Vector3f place) :
@@ -95,8 +134,11 @@ Eigen::Translation3f Box::getTranslation() const
 
 void Box::setTranslation(Eigen::Translation3f translation)
 {
-    const std::lock_guard<std::mutex> guard(lock);
-    place = translation.vector();
+    {
+        const std::lock_guard<std::mutex> guard(lock);
+        place = translation.vector();
+    }
+    Node::setTranslation(translation); // which tells the property editor
 }
 
 boost::shared_ptr<Paint> Box::getPaint()
@@ -104,35 +146,36 @@ boost::shared_ptr<Paint> Box::getPaint()
     return boost::dynamic_pointer_cast<Paint>(getMaterial(0, 0));
 }
 
-PaintParameter::PaintParameter(boost::shared_ptr<Paint> paint) : paint(std::move(paint)) {}
+PaintParameter::PaintParameter(boost::shared_ptr<Paint> paint, std::string name) :
+    paint(std::move(paint)), name(std::move(name))
+{}
 
 std::string PaintParameter::getParameterName()
 {
-    return ColorName;
+    return name;
 }
 
 std::string PaintParameter::getParameterType()
 {
-    return "float3";
+    return name == "color" ? "float3" : "float";
 }
 
 std::vector<boost::any> PaintParameter::getParameterValues()
 {
-    const Color color = paint->getColor();
-    return {color.x(), color.y(), color.z()};
+    const std::vector<float> values = paint->getValues(name);
+    return std::vector<boost::any>(values.begin(), values.end());
 }
 
 bool PaintParameter::setParameterValue(std::vector<boost::any> values)
 {
-    Color color;
-    for (int i = 0; i < 3; ++i) {
-        const auto* value = size_t(i) < values.size() ? boost::any_cast<float>(&values[i]) : nullptr;
-        if (!value)
+    std::vector<float> numbers;
+    for (const boost::any& value : values) {
+        const auto* number = boost::any_cast<float>(&value);
+        if (!number)
             return false;
-        color[i] = *value;
+        numbers.push_back(*number);
     }
-    paint->setColor(color);
-    return true;
+    return paint->setValues(name, numbers);
 }
 
 bool PaintParameter::setParameterValue(std::string /*value*/)
@@ -140,13 +183,11 @@ bool PaintParameter::setParameterValue(std::string /*value*/)
     return false; // texts are for textures
 }
 
-boost::shared_ptr<engine::fx::FXAnnotation> PaintParameter::getAnnotationByName(std::string name)
+boost::shared_ptr<engine::fx::FXAnnotation> PaintParameter::getAnnotationByName(std::string key)
 {
-    if (name == "UIWidget")
-        return boost::make_shared<Annotation>("Color");
-    if (name == "UIName")
-        return boost::make_shared<Annotation>("Paint");
-    return {};
+    const auto& mine = annotations().at(name);
+    const auto found = mine.find(key);
+    return found == mine.end() ? nullptr : boost::make_shared<Annotation>(found->second);
 }
 
 const std::string& PlainEffect::getID()
@@ -178,7 +219,10 @@ std::string PlainEffect::getTechniqueNameAt(unsigned int index)
 }
 
 PaintLook::PaintLook(boost::shared_ptr<Paint> paint, boost::shared_ptr<PlainEffect> effect) :
-    paint(paint), effect(std::move(effect)), parameter(boost::make_shared<PaintParameter>(paint))
+    paint(paint),
+    effect(std::move(effect)),
+    parameters{boost::make_shared<PaintParameter>(paint, "color"),
+               boost::make_shared<PaintParameter>(paint, "glow")}
 {}
 
 std::string PaintLook::getID()
@@ -193,17 +237,21 @@ boost::shared_ptr<engine::fx::FXEffect> PaintLook::getFXEffect()
 
 int PaintLook::getParameterCount()
 {
-    return 1;
+    return int(parameters.size());
 }
 
 boost::shared_ptr<engine::fx::FXMaterialParameter> PaintLook::getParameterAt(unsigned int index)
 {
-    return index == 0 ? parameter : nullptr;
+    return index < parameters.size() ? parameters[index] : nullptr;
 }
 
 boost::shared_ptr<engine::fx::FXMaterialParameter> PaintLook::getParameterByName(std::string name)
 {
-    return name == ColorName ? parameter : nullptr;
+    for (const auto& parameter : parameters) {
+        if (parameter->getParameterName() == name)
+            return parameter;
+    }
+    return {};
 }
 
 unsigned int PaintLook::getTechnique()
@@ -246,14 +294,20 @@ bool Looks::reloadEffect(boost::shared_ptr<engine::fx::FXEffect> /*effect*/)
 void Turntable::mousePressed(int button, int x, int y, int modifiers)
 {
     LogicManager::mousePressed(button, x, y, modifiers);
-    held = true;
+    held = held || button == Qt::LeftButton;
+    pressed = {x, y};
     lastX = x;
 }
 
 void Turntable::mouseReleased(int button, int x, int y, int modifiers)
 {
     LogicManager::mouseReleased(button, x, y, modifiers);
+    if (button != Qt::LeftButton)
+        return;
     held = false;
+    const Eigen::Vector2i released(x, y);
+    if ((released - pressed).lpNorm<1>() < 4)
+        click = released;
 }
 
 void Turntable::mouseMoved(int x, int y, int modifiers)
@@ -264,11 +318,28 @@ void Turntable::mouseMoved(int x, int y, int modifiers)
     lastX = x;
 }
 
-/// The engine's side of the event system. Its handlers run on the event manager's thread, so they touch
-/// nothing but what may be used from any thread.
-class Picture::Events : public HCE::EventBase
+float Turntable::getDegrees() const
+{
+    return degrees;
+}
+
+std::optional<Eigen::Vector2i> Turntable::takeClick()
+{
+    return std::exchange(click, std::nullopt);
+}
+
+/// What other threads want of the engine: events and picks. Event handlers run on the event manager's thread,
+/// so they touch nothing but what may be used from any thread; picks wait for the next update.
+class Picture::Events : public HCE::EventBase, public engine::window::ILayout
 {
 public:
+    struct Pick
+    {
+        int x;
+        int y;
+        std::string tag;
+    };
+
     explicit Events(boost::shared_ptr<HCE::EventManager> eventManager) : EventBase(std::move(eventManager))
     {
         registerHandler(std::string("SelectObject"), [this](const HCE::Event& event) {
@@ -285,24 +356,48 @@ public:
         sceneManager = newSceneManager;
     }
 
+    boost::shared_ptr<engine::window::Viewport> getViewport() override { return {}; }
+
+    void requestPick(int x, int y, std::string tag) override
+    {
+        {
+            const std::lock_guard<std::mutex> guard(lock);
+            picks.push_back({x, y, std::move(tag)});
+        }
+        triggerEvent("SyncScene", "");
+    }
+
+    std::vector<Pick> takePicks()
+    {
+        const std::lock_guard<std::mutex> guard(lock);
+        return std::exchange(picks, {});
+    }
+
 private:
     void changeParameter(const HCE::EventData& data)
     {
         const auto scene = getSceneManager();
         const auto material = scene ? scene->getMaterialWithID(data.getArg(1)) : nullptr;
         const auto paint = boost::dynamic_pointer_cast<Paint>(material);
-        if (!paint || data.getArg(2) != ColorName)
+        const std::string parameter = data.getArg(2);
+        if (!paint || !paint->setValues(parameter, numbersFrom(data, 3)))
             return;
-        Color color;
-        for (int i = 0; i < 3; ++i) {
-            std::istringstream text(data.getArg(3 + i));
-            text.imbue(std::locale::classic());
-            if (!(text >> color[i]))
-                return;
-        }
-        paint->setColor(color);
-        triggerEvent("MaterialParameterUpdated", data.getArg(1) + ", " + ColorName);
+        triggerEvent("MaterialParameterUpdated", data.getArg(1) + ", " + parameter);
         triggerEvent("SyncScene", "");
+    }
+
+    static std::vector<float> numbersFrom(const HCE::EventData& data, unsigned int first)
+    {
+        std::vector<float> numbers;
+        for (unsigned int i = first; i <= data.getArgCount(); ++i) {
+            std::istringstream text(data.getArg(int(i)));
+            text.imbue(std::locale::classic());
+            float number = 0;
+            if (!(text >> number))
+                break;
+            numbers.push_back(number);
+        }
+        return numbers;
     }
 
     boost::shared_ptr<scene::SceneManager> getSceneManager()
@@ -313,10 +408,11 @@ private:
 
     std::mutex lock;
     boost::weak_ptr<scene::SceneManager> sceneManager;
+    std::vector<Pick> picks;
 };
 
 Picture::Picture(boost::shared_ptr<HCE::EventManager> eventManager) :
-    Window(nullptr, "picture"), events(std::make_unique<Events>(std::move(eventManager)))
+    Window(nullptr, "picture"), events(boost::make_shared<Events>(std::move(eventManager)))
 {}
 
 // The framebuffer object knows its context: it is freed there, or with it.
@@ -324,7 +420,17 @@ Picture::~Picture() = default;
 
 void Picture::init() {}
 
-void Picture::update() {}
+void Picture::update()
+{
+    if (const auto click = turntable->takeClick())
+        events->triggerEvent("ObjectSelected", findNode(click->x(), click->y()) + ", Window");
+    for (const auto& [x, y, tag] : events->takePicks()) {
+        const std::string id = findNode(x, y);
+        const std::string what = id.empty() ? ", , " : id + ", 0, 0"; // the first and only material
+        events->triggerEvent("ObjectPicked",
+                             what + ", " + std::to_string(x) + ", " + std::to_string(y) + ", " + tag);
+    }
+}
 
 void Picture::render()
 {
@@ -359,21 +465,56 @@ void Picture::drawScene()
     glMatrixMode(GL_PROJECTION);
     glPushMatrix();
     glLoadIdentity();
-    const double height = 0.4;
-    const double width = height * size.x() / size.y();
-    glFrustum(-width, width, -height, height, 1, 100);
+    const auto half = halfExtent().cast<double>().eval();
+    glFrustum(-half.x(), half.x(), -half.y(), half.y(), 1, 100);
     glMatrixMode(GL_MODELVIEW);
     glPushMatrix();
     glLoadIdentity();
     const float fromTheEye[] = {0.3f, 0.6f, 1, 0};
     glLightfv(GL_LIGHT0, GL_POSITION, fromTheEye);
-    glTranslatef(0, -1, -16);
-    glRotatef(20, 1, 0, 0);
-    glRotatef(turntable->degrees, 0, 1, 0);
-    drawNode(*root);
+    forEachBox(*root, placeOfScene(), [](Box& box, const Eigen::Affine3f& place) {
+        glLoadMatrixf(place.data());
+        if (const auto paint = box.getPaint())
+            drawBox(*paint);
+    });
     glPopMatrix();
     glMatrixMode(GL_PROJECTION);
     glPopMatrix();
+}
+
+/// As the eye sees it.
+Eigen::Affine3f Picture::placeOfScene() const
+{
+    constexpr float Degree = float(EIGEN_PI) / 180;
+    return Eigen::Translation3f(0, -1, -16) * Eigen::AngleAxisf(20 * Degree, Eigen::Vector3f::UnitX()) *
+           Eigen::AngleAxisf(turntable->getDegrees() * Degree, Eigen::Vector3f::UnitY());
+}
+
+/// Half of the width and of the height that is seen at a distance of one.
+Eigen::Array2f Picture::halfExtent() const
+{
+    return {0.4f * float(size.x()) / float(size.y()), 0.4f};
+}
+
+/// The ID of the nearest box at the point, or an empty text.
+std::string Picture::findNode(int x, int y) const
+{
+    const Eigen::Array2f point = (2 * Eigen::Array2f(x, y) / size.cast<float>().array() - 1) * halfExtent();
+    const Eigen::Vector3f way(point.x(), point.y(), -1);
+    float nearest = std::numeric_limits<float>::infinity();
+    std::string id;
+    const auto root = sceneManager ? sceneManager->getRoot() : nullptr;
+    if (!root)
+        return id;
+    forEachBox(*root, placeOfScene(), [&](Box& box, const Eigen::Affine3f& place) {
+        const Eigen::Affine3f toBox = place.inverse();
+        const float distance = distanceToCube(toBox.translation(), toBox.linear() * way);
+        if (distance < nearest) {
+            nearest = distance;
+            id = box.getID();
+        }
+    });
+    return id;
 }
 
 void Picture::resize(Eigen::Vector2i newSize)
@@ -394,12 +535,12 @@ void Picture::setEventManager(boost::shared_ptr<HCE::EventManager> eventManager)
     events->setEventManager(eventManager);
 }
 
-// Empty pointers stand for what this engine does not have: picking, effects of the whole picture, shadows.
 boost::shared_ptr<engine::window::ILayout> Picture::getLayout()
 {
-    return {};
+    return events;
 }
 
+// Empty pointers stand for what this engine does not have: effects of the whole picture, shadows.
 boost::shared_ptr<engine::fx::FXPipeline> Picture::getFXPipeline()
 {
     return {};

@@ -18,29 +18,37 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
 class QOpenGLFramebufferObject;
 
-/// A whole engine of the host's own, as small as one can be: boxes in plain colours, drawn with plain OpenGL.
-/// The widgets know it only by the contract.
+/// A whole engine of the host's own, as small as one can be: boxes in plain colours, drawn with plain OpenGL,
+/// that can be picked, moved and painted. The widgets know it only by the contract.
 namespace own {
 
 using Color = Eigen::Vector3f;
 
-/// A material that is one colour. Any thread.
+/// A material that is one colour, and glows in it. Any thread.
 class Paint : public halvern::scene::Material
 {
 public:
     Paint(std::string name, Color color);
 
     Color getColor() const;
-    void setColor(Color newColor);
+    float getGlow() const;
+
+    /// By the name of the parameter: three numbers from 0 to 1 for "color", one for "glow", none for others.
+    std::vector<float> getValues(const std::string& parameter) const;
+
+    /// What is too much is left out, such as the opacity of a colour. False, and nothing changes, for another
+    /// parameter or too few numbers.
+    bool setValues(const std::string& parameter, const std::vector<float>& newValues);
 
 private:
     mutable std::mutex lock;
-    Color color;
+    std::map<std::string, std::vector<float>> values;
 };
 
 /// A node that is a box, two units wide before it is scaled. Keeps its own place; any thread.
@@ -60,11 +68,11 @@ private:
     Eigen::Vector3f place;
 };
 
-/// The only parameter of a Paint, as the material editor sees it.
+/// One parameter of a Paint, as the material editor sees it.
 class PaintParameter : public halvern::engine::fx::FXMaterialParameter
 {
 public:
-    explicit PaintParameter(boost::shared_ptr<Paint> paint);
+    PaintParameter(boost::shared_ptr<Paint> paint, std::string name);
 
     std::string getParameterName() override;
     std::string getParameterType() override;
@@ -75,6 +83,7 @@ public:
 
 private:
     const boost::shared_ptr<Paint> paint;
+    const std::string name;
 };
 
 class PlainEffect : public halvern::engine::fx::FXEffect
@@ -103,7 +112,7 @@ public:
 private:
     const boost::shared_ptr<Paint> paint;
     const boost::shared_ptr<PlainEffect> effect;
-    const boost::shared_ptr<PaintParameter> parameter;
+    const std::vector<boost::shared_ptr<PaintParameter>> parameters;
 };
 
 /// Gives the editor a look for each paint of the scene, always the same.
@@ -124,7 +133,7 @@ private:
     std::map<std::string, boost::shared_ptr<PaintLook>> looks;
 };
 
-/// Turns the picture while a button is held.
+/// Turns the picture while the left button is held, and knows a click from that.
 class Turntable : public halvern::engine::logic::LogicManager
 {
 public:
@@ -132,11 +141,17 @@ public:
     void mouseReleased(int button, int x, int y, int modifiers) override;
     void mouseMoved(int x, int y, int modifiers) override;
 
-    float degrees = 30;
+    float getDegrees() const;
+
+    /// Where the last click was; only the first call after it has it.
+    std::optional<Eigen::Vector2i> takeClick();
 
 private:
+    float degrees = 30;
     bool held = false;
+    Eigen::Vector2i pressed = Eigen::Vector2i::Zero();
     int lastX = 0;
+    std::optional<Eigen::Vector2i> click;
 };
 
 /// Draws the boxes of a scene, and answers what the widgets say with events.
@@ -166,8 +181,11 @@ private:
     class Events;
 
     void drawScene();
+    Eigen::Affine3f placeOfScene() const;
+    Eigen::Array2f halfExtent() const;
+    std::string findNode(int x, int y) const;
 
-    const std::unique_ptr<Events> events;
+    const boost::shared_ptr<Events> events;
     const boost::shared_ptr<Turntable> turntable = boost::make_shared<Turntable>();
     const boost::shared_ptr<Looks> looks = boost::make_shared<Looks>();
     boost::shared_ptr<halvern::scene::SceneManager> sceneManager;
