@@ -37,6 +37,7 @@ class HALVERN_QT_API QtAnimationDock : public QDockWidget
     Q_OBJECT
 
 public:
+    /// Without animations, and not editing.
     explicit QtAnimationDock(QWidget* parent = nullptr);
     ~QtAnimationDock() override;
 
@@ -44,8 +45,12 @@ public:
     /// asks whether all shall be removed. Edit mode is left. An empty pointer is ignored.
     void setSceneManager(boost::shared_ptr<scene::SceneManager> newSceneManager);
 
+    /** @{ */
+    /// Pauses the scene's animation, or goes on with it, whatever it does now, and emits animationPaused.
+    /// Before setSceneManager nothing happens.
     void pause();
     void unPause();
+    /** @} */
 
 signals:
     /// Emitting it repaints the time line.

@@ -31,6 +31,7 @@ class HALVERN_QT_API QtAnimationSlider : public QAbstractSlider
     Q_OBJECT
 
 public:
+    /// Begins to repaint itself at once.
     explicit QtAnimationSlider(QWidget* parent = nullptr);
     ~QtAnimationSlider() override;
 
@@ -38,10 +39,19 @@ public:
     void setAnimationManager(boost::shared_ptr<scene::AnimationManager> newAnimationManager);
 
 protected:
+    /// Reads the keyframes and the time from the engine.
     void paintEvent(QPaintEvent* event) override;
+
+    /// With the left button held the value follows the mouse.
     void mouseMoveEvent(QMouseEvent* event) override;
+
+    /// The left button sets the value to that of the place, or of a keyframe close to it.
     void mouseReleaseEvent(QMouseEvent* event) override;
+
+    /// Has the engine jump to the time of the place, and sets the value to it.
     void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+    /// Repaints at once.
     void resizeEvent(QResizeEvent* event) override;
 
 private:

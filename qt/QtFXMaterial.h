@@ -52,6 +52,7 @@ class HALVERN_QT_API QtFXMaterial : public QWidget, public HCE::EventBase
     Q_INTERFACES(HCE::EventListener)
 
 public:
+    /// Shows no material, and has neither manager.
     explicit QtFXMaterial(QWidget* parent = nullptr);
     ~QtFXMaterial() override;
 
@@ -80,14 +81,21 @@ protected slots:
     /// nowhere, on purpose.
     void editEffect();
 
+    /// Sets the technique of the material and sends nothing.
     void changeTechnique(int index);
 
-    // These find their parameter by the sender's property "FXParameterName".
+    /// Sets the parameter to so many steps of its slider. Like the next two it finds its parameter by the
+    /// sender's property "FXParameterName", and shows an error where there is none.
     void setSliderParameter(int value);
+
+    /// Asks for a colour; blocks until the dialog is closed.
     void setColorParameter();
+
+    /// Asks for a picture file; blocks until the dialog is closed.
     void setTextureParameter();
 
 protected:
+    /// Does first what the events ask for that came since the last paint, for 50 ms at most.
     void paintEvent(QPaintEvent* event) override;
 
     /// Has the parameter's editor show its current value, which sends nothing.

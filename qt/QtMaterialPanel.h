@@ -30,6 +30,7 @@ class HALVERN_QT_API QtMaterialPanel : public QTableView, public HCE::EventBase
     Q_OBJECT
 
 public:
+    /// An empty grid that neither sends nor hears anything.
     explicit QtMaterialPanel(QWidget* parent = nullptr);
     ~QtMaterialPanel() override;
 
@@ -42,15 +43,18 @@ public:
     void setSceneManager(boost::shared_ptr<scene::SceneManager> newSceneManager);
 
 protected slots:
-    /// A cell behind the last material sends an empty ID.
+    /// Sends "MaterialSelected" when exactly one cell was selected; one behind the last material sends an
+    /// empty ID.
     void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
+    /// Makes each cell as large as a tile.
     void handleModelReset();
 
     /// Does nothing: the place from which an editor can be opened.
     void showEffectEditor(const QModelIndex& index);
 
 protected:
+    /// Lays out as many columns as tiles fit in, but at least one.
     void resizeEvent(QResizeEvent* event) override;
 
 private:

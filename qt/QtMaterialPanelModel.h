@@ -40,16 +40,23 @@ public:
     explicit QtMaterialPanelModel(QObject* parent = nullptr);
     ~QtMaterialPanelModel() override;
 
+    /** @{ */
+    /// As many columns as were set. Rows for all materials and one cell more; none without materials. The
+    /// parent does not count.
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    /** @} */
 
     /// The material's ID for Qt::DisplayRole; nothing for cells behind the last material.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
+    /// Always nothing.
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
     /// Null unless there is exactly one index, and it has a material.
     QMimeData* mimeData(const QModelIndexList& indexes) const override;
 
+    /// Every cell can be selected and dragged, those behind the last material too.
     Qt::ItemFlags flags(const QModelIndex& index) const override;
 
     /// Lays the grid out anew and rebuilds it at once. A count below 1 has the rows of one column.

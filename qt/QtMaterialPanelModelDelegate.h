@@ -16,6 +16,7 @@ class HALVERN_QT_API QtMaterialPanelModelDelegate : public QStyledItemDelegate
     Q_OBJECT
 
 public:
+    /// Reads the picture from the library's resources.
     explicit QtMaterialPanelModelDelegate(QObject* parent = nullptr);
     ~QtMaterialPanelModelDelegate() override;
 

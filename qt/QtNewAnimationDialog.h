@@ -19,6 +19,7 @@ class QtNewAnimationDialog : public QDialog
     Q_OBJECT
 
 public:
+    /// An empty name, and a length of 10000 ms. Whoever makes it runs it and reads what was typed.
     explicit QtNewAnimationDialog(QWidget* parent);
 
     /// As it was typed; it may be empty.

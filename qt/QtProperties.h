@@ -35,6 +35,7 @@ class HALVERN_QT_API QtProperties : public QWidget
     Q_OBJECT
 
 public:
+    /// Shows no node, the tab "Coord" in front, until it has both managers.
     explicit QtProperties(QWidget* parent = nullptr);
     ~QtProperties() override;
 

@@ -54,23 +54,47 @@ public:
     explicit QtPropertiesModel(QStringList headers, QObject* parent = nullptr);
     ~QtPropertiesModel() override;
 
+    /// The same for Qt::DisplayRole and Qt::EditRole, nothing for others. Numbers of a node are
+    /// rounded to two decimals, those of a camera are not; layers are bools, colours QColors.
     QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
+
+    /// Values of a node can be edited and selected; names, the ID and what is empty cannot.
     Qt::ItemFlags flags(const QModelIndex& index) const override;
+
+    /// The headers that were given to the constructor.
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+    /** @{ */
+    /// The tree as QAbstractItemModel asks for it. All rows have the same number of columns, and only the
+    /// first has rows below it.
     QModelIndex index(int row, int column, const QModelIndex& parent = QModelIndex()) const override;
     QModelIndex parent(const QModelIndex& index) const override;
-    using QObject::parent;
     int rowCount(const QModelIndex& parent = QModelIndex()) const override;
     int columnCount(const QModelIndex& parent = QModelIndex()) const override;
+    /** @} */
+
+    using QObject::parent;
 
     /// Writes the value and queues the whole group of the cell for the node, changed or not. Refuses every
     /// role but Qt::EditRole, but no kind of value and no cell, not even one that is not editable.
     bool setData(const QModelIndex& index, const QVariant& value, int role = Qt::EditRole) override;
+
+    /// Refuses all but Qt::Horizontal, Qt::EditRole and a column that exists.
     bool setHeaderData(int section, Qt::Orientation orientation, const QVariant& value,
                        int role = Qt::EditRole) override;
+
+    /** @{ */
+    /// Changes the whole tree, whatever the parent. A position or a count that does not fit is refused.
     bool insertColumns(int position, int count, const QModelIndex& parent = QModelIndex()) override;
     bool removeColumns(int position, int count, const QModelIndex& parent = QModelIndex()) override;
+    /** @} */
+
+    /// Inserts empty rows, which stand for nothing of a node. A position or a count that does not fit is
+    /// refused.
     bool insertRows(int position, int count, const QModelIndex& parent = QModelIndex()) override;
+
+    /// What a removed row stands for is neither shown nor written from then on. A position or a count that
+    /// does not fit is refused.
     bool removeRows(int position, int count, const QModelIndex& parent = QModelIndex()) override;
 
     /// From here on changes of the cell's group are measured. Nothing while an edit is in progress, even one
@@ -91,11 +115,18 @@ public:
     bool update() override;
 
 signals:
+    /// Another node is selected, or none. Emitted in the thread of the event.
     void sceneSelection();
+
+    /// The node shown has moved. Emitted in the thread of the event.
     void nodeUpdate();
 
 public slots:
+    /// Shows the node that was selected last: makes the rows of its lights and cameras, and fills all.
     void createProperties();
+
+    /// Reads all values of the node shown anew, except those of a group that is being edited and not written
+    /// yet.
     void fillProperties();
 
 private:

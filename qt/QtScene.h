@@ -48,6 +48,7 @@ class HALVERN_QT_API QtScene : public QWidget, public HCE::EventListener
     Q_OBJECT
 
 public:
+    /// An empty tree that neither sends nor hears anything.
     explicit QtScene(QWidget* parent = nullptr);
     ~QtScene() override;
 
@@ -77,14 +78,27 @@ signals:
     void sceneUpdated();
 
 protected slots:
+    /// Sends "SelectObject" with the ID of the first selected item and the origin "QtScene". Sends nothing
+    /// when the selection is empty.
     void sendSelectionEvent();
+
+    /// Selects the item of the node with this ID and sends nothing; an unknown ID changes nothing, an empty
+    /// one clears the selection.
     void selectItem(QString item);
+
+    /// Rebuilds the tree, unless a rebuild since the request has served it.
     void reloadTree();
+
+    /// Blocks until the menu is closed. The position is that in the tree.
     void showContextMenu(const QPoint& position);
+
+    /** @{ */
+    /// Changes all selected nodes to what the entry of the menu says, and sends "UpdateViews".
     void hideNode();
     void castShadowNode();
     void transparentNode();
     void postRenderNode();
+    /** @} */
 
 protected:
     /// Fills the item and the items of all nodes below its own. Returns the number of nodes.

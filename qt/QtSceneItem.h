@@ -29,8 +29,12 @@ public:
     /// shows the texts in columns 0 and 1.
     QtSceneItem(const QtSceneItem& pattern, boost::shared_ptr<scene::Node> node, QString name, QString id);
 
+    /** @{ */
+    /// Copies texts, colours and the pointer to the node; neither the items below nor the place in the tree.
     QtSceneItem(const QtSceneItem& other);
     QtSceneItem& operator=(const QtSceneItem& other);
+    /** @} */
+
     ~QtSceneItem() override;
 
     /// Empty if the item was given no node.
@@ -42,8 +46,11 @@ public:
     /// Copies the items below as well.
     QTreeWidgetItem* clone() const override;
 
+    /** @{ */
+    /// As the base class, only in less memory.
     QVariant data(int column, int role) const override;
     void setData(int column, int role, const QVariant& value) override;
+    /** @} */
 
 private:
     bool showsOwnText(int column, int role) const;

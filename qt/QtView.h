@@ -53,8 +53,13 @@ class OverlayText;
 /// The viewport: shows what an engine window renders, draws overlays over it and hands its input to the
 /// window's logic manager.
 ///
+/// It repaints on "SyncScene" and "UpdateViews", shows a text on "DisplayMessageAt", and sends "ActiveCamera"
+/// from its context menu. A material dragged onto it from a QtMaterialPanel goes to the node under the mouse,
+/// which it asks the window's layout for ("ObjectPicked").
+///
 /// Every operation belongs to the GUI thread, except those that say otherwise. Other widgets find the view
-/// by its object name "Halvern_Rendering_QtView", which the host sets. It needs a compatibility profile.
+/// by its object name "Halvern_Rendering_QtView", which the host sets (QtFXMaterial::getHalvernQtView). It
+/// needs a compatibility profile, and asks for one.
 /// A derived class calls the qualified setEventManager(empty) first in its own destructor.
 class HALVERN_QT_API QtView : public QOpenGLWidget, protected QOpenGLFunctions, public HCE::EventBase
 {
@@ -67,7 +72,10 @@ public:
     explicit QtView(QWidget* parent = nullptr, std::string name = "QtView");
     ~QtView() override;
 
+    /// 400 x 400.
     QSize sizeHint() const override;
+
+    /// 50 x 50.
     QSize minimumSizeHint() const override;
 
     /// Moves the view's and its window's registrations; when this returns, no delivery of the old manager
@@ -86,15 +94,18 @@ public:
     /// view's context current.
     void attach(boost::shared_ptr<scene::SceneManager> sceneManager);
 
+    /** @{ */
     /// Repaints per second that whoever drives repainting is asked for, 60 unless set. The view itself
     /// does not read it.
     virtual int getUpdateFrequency();
     virtual void setUpdateFrequency(int frequency);
+    /** @} */
 
     /// A view in presentation mode shows no context menu.
     void setPresentationMode(bool enabled);
 
-    /// Shows the image in the bottom right corner. A null image is ignored.
+    /// Shows the image in the bottom right corner, a logical pixel for each of its own. A null image is
+    /// ignored.
     void setLogo(const QImage& image);
 
     /// Appends a drawer that runs in every frame, once for each time it was added. It is initialised in
@@ -121,6 +132,7 @@ public slots:
     /// Sends "ActiveCamera" with the SID of a camera instance.
     virtual void activateCamera(QString sid);
 
+    /// Shows or hides the image of setLogo, which turns it on.
     void enableLogo(bool enabled);
 
     /// Shows the statistics box and the thumbnails of the shadow maps.
@@ -129,8 +141,11 @@ public slots:
     /// Shows a text, taken as HTML, beside the mouse cursor; an empty one shows nothing.
     void showStringAtCursor(QString text);
 
+    /** @{ */
+    /// Of the scene in the window; without one nothing happens.
     void pauseAnimations();
     void resumeAnimations();
+    /** @} */
 
     /// One step of the messages' life: takes in the new ones, ages all, removes the old. A timer runs it
     /// every 50 ms.
@@ -140,31 +155,53 @@ public slots:
     void cleanup();
 
 protected:
+    /// Makes an engine window for each new context, which takes over the scene of the one before.
     void initializeGL() override;
+
+    /// Tells the window the size, in logical pixels.
     void resizeGL(int w, int h) override;
 
     /// One frame without the painted overlays. Exceptions of the engine, of tasks and of handlers leave
     /// it.
     void paintGL() override;
 
+    /// A whole frame: paintGL, then the overlays. No exception leaves it.
     void paintEvent(QPaintEvent* event) override;
 
+    /** @{ */
+    /// Hands the input to the window's logic manager, in logical pixels with y running upwards from the lower
+    /// edge, and asks for a repaint.
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void keyReleaseEvent(QKeyEvent* event) override;
+    /** @} */
 
+    /// Ignored, so that the engine gets no second press.
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
+
+    /// Shows a menu of the scene's cameras and of its animations. None in presentation mode, without a scene,
+    /// or with a modifier held.
     void contextMenuEvent(QContextMenuEvent* event) override;
+
+    /** @{ */
+    /// Takes materials from a QtMaterialPanel, and no other drag.
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dragMoveEvent(QDragMoveEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+    /** @} */
 
-    /// Event handlers; they run in whatever thread the event manager calls them.
+    /// Puts the dropped material where the engine says that it fell ("ObjectPicked" with the tag
+    /// "DropMaterial"). Runs in whatever thread the event manager calls it.
     virtual void handleObjectPicked(HCE::Event event);
+
+    /// Shows a text at a place ("DisplayMessageAt" text, x, y) for three and a half seconds; y runs
+    /// downwards. Throws for places that are no numbers. Runs in whatever thread the event manager calls it.
     virtual void handleDisplayMessageAt(HCE::Event event);
+
+    /// Asks for one repaint ("SyncScene", "UpdateViews"), however often it is called until then. Any thread.
     virtual void handleSyncScene();
 
     /// Runs work in the next frame, on the GUI thread with the view's context current. Any thread.
@@ -175,13 +212,22 @@ protected:
     virtual void internalLoadEffect(std::string effectFile, std::string nodeID, unsigned int first,
                                     unsigned int second);
 
-    /// Drawing with OpenGL, inside paintGL.
+    /** @{ */
+    /// Drawn with OpenGL, inside paintGL: the logo in the bottom right corner; the depths of the shadow maps,
+    /// 200 pixels each, from the top right corner downwards.
     virtual void drawLogo();
     virtual void drawShadowMaps();
+    /** @} */
 
-    /// Drawing with the painter of paintEvent, after paintGL.
+    /// Drawn with the painter of paintEvent, after paintGL: counts of the last frame, its time in
+    /// milliseconds, and a graph of the times of the last 50 frames, as high as the longest.
     virtual void drawStats(QPainter& painter, QPaintEvent* event);
+
+    /// Drawn with the painter: the text of showStringAtCursor, where the logic manager last saw the mouse.
     virtual void drawMessageAtCursor(QPainter& painter, QPaintEvent* event);
+
+    /// Drawn with the painter: a text of "DisplayMessageAt", at twice the position, on purpose. The level is
+    /// its opacity; above 1 it is opaque.
     virtual void drawMessageAtPosition(QPainter& painter, QPaintEvent* event, QPoint position, QString text,
                                        float level);
 

@@ -10,6 +10,7 @@ namespace halvern::engine::fx {
 class HALVERN_ENGINE_API FXEffect
 {
 public:
+    /// The ID of the scene::Effect.
     virtual const std::string& getID() = 0;
 
     /// "scene", in any case, marks a full-screen effect; anything else an effect of an object.
@@ -18,6 +19,7 @@ public:
     /// The source text of the effect file.
     virtual const std::string& getEffectCode() = 0;
 
+    /// At least 1 for an effect that can be drawn.
     virtual unsigned int getTechniqueCount() = 0;
 
     /// Empty for an index out of range.

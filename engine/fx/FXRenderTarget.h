@@ -8,6 +8,7 @@ namespace halvern::engine::fx {
 class HALVERN_ENGINE_API FXRenderTarget
 {
 public:
+    /// For a texture that never changes; the target does not own it.
     explicit FXRenderTarget(unsigned int textureID);
 
     /// Name of the OpenGL texture; 0 before the first render.

@@ -12,6 +12,7 @@ class RenderLight;
 class HALVERN_ENGINE_API LightManager
 {
 public:
+    /// Of the lights that are used for rendering, which may be fewer than the scene has.
     virtual unsigned int getLightCount() = 0;
 
     /// Empty for an index out of range.

@@ -8,8 +8,12 @@ namespace halvern::engine::logic {
 class HALVERN_ENGINE_API IKeyboardListener
 {
 public:
+    /** @{ */
+    /// A key goes down or up. A key that is held repeats both.
     virtual void keyPressed(int key, int modifiers) = 0;
     virtual void keyReleased(int key, int modifiers) = 0;
+    /** @} */
+
     virtual ~IKeyboardListener();
 };
 

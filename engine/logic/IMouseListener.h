@@ -9,8 +9,13 @@ namespace halvern::engine::logic {
 class HALVERN_ENGINE_API IMouseListener
 {
 public:
+    /** @{ */
+    /// A button goes down or up. A view does not report the second press of a double click.
     virtual void mousePressed(int button, int x, int y, int modifiers) = 0;
     virtual void mouseReleased(int button, int x, int y, int modifiers) = 0;
+    /** @} */
+
+    /// Reported with and without a button held.
     virtual void mouseMoved(int x, int y, int modifiers) = 0;
 
     /// One step of the wheel: the direction is 1 away from the user, -1 towards him; `first` is always 0.

@@ -21,12 +21,19 @@ public:
     LogicManager(const LogicManager&) = delete;
     LogicManager& operator=(const LogicManager&) = delete;
 
+    /** @{ */
+    /// Does nothing here.
     void keyPressed(int key, int modifiers) override;
     void keyReleased(int key, int modifiers) override;
+    /** @} */
+
+    /** @{ */
+    /// Keeps the position. What overrides it calls it, or answers getMousePosition itself.
     void mousePressed(int button, int x, int y, int modifiers) override;
     void mouseReleased(int button, int x, int y, int modifiers) override;
     void mouseMoved(int x, int y, int modifiers) override;
     void mouseWheel(int first, int direction, int x, int y, int modifiers) override;
+    /** @} */
 
     /// Where the mouse was last reported, y upwards; (0, 0) before the first report.
     virtual Eigen::Vector2i getMousePosition();

@@ -8,9 +8,12 @@ namespace halvern::engine::renderer {
 class HALVERN_ENGINE_API IRenderer
 {
 public:
-    /// Counts of the last frame; 0 before the first.
+    /** @{ */
+    /// Of the last frame; 0 before the first.
     virtual unsigned int getTriangleCount() = 0;
     virtual unsigned int getVertexCount() = 0;
+    /** @} */
+
     virtual ~IRenderer();
 };
 

@@ -25,16 +25,20 @@ public:
     Animation(const Animation&) = delete;
     Animation& operator=(const Animation&) = delete;
 
+    /// The name given to the constructor.
     virtual std::string getID() const;
 
     /// False for an animation that can be played but not edited (skeletal or morph channels).
     virtual bool isValid() const;
 
-    /// Length of the time line in milliseconds.
+    /** @{ */
+    /// Length of the time line in milliseconds. Playing begins anew at its end, or at the last keyframe if
+    /// that is later.
     virtual int getTimeRange() const;
     virtual void setTimeRange(int milliseconds);
+    /** @} */
 
-    /// Time of the last keyframe.
+    /// Time of the last keyframe; 0 without keyframes.
     virtual boost::posix_time::time_duration getDuration() const;
 
 private:

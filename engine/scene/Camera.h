@@ -23,18 +23,24 @@ public:
     Camera(const Camera&) = delete;
     Camera& operator=(const Camera&) = delete;
 
+    /// As given to the constructor.
     virtual std::string getID() const;
 
-    /// Distances of the clipping planes along the view direction.
+    /** @{ */
+    /// Distance of a clipping plane along the view direction.
     virtual float getZNear() const;
     virtual float getZFar() const;
+    /** @} */
 
-    /// Vertical field of view in degrees.
+    /// Vertical field of view in degrees, from the lower edge of the picture to the upper.
     virtual float getYFov() const;
 
+    /** @{ */
+    /// Takes any value; the picture follows in the next frame.
     virtual void setZNear(float zNear);
     virtual void setZFar(float zFar);
     virtual void setYFov(float degrees);
+    /** @} */
 
 private:
     friend struct Internals;

@@ -16,6 +16,7 @@ class Node;
 class HALVERN_SCENE_API CameraInstance
 {
 public:
+    /// Without a node or a camera it is listed but cannot be looked through. The SID has no comma.
     CameraInstance(std::string sid, boost::shared_ptr<Node> node, boost::shared_ptr<Camera> camera);
     virtual ~CameraInstance();
 
@@ -25,7 +26,10 @@ public:
     /// Names it in menus and in the event "ActiveCamera".
     virtual std::string getSID() const;
 
+    /// The node that the camera looks from.
     virtual boost::shared_ptr<Node> getNode() const;
+
+    /// The lens.
     virtual boost::shared_ptr<Camera> getCamera() const;
 
 private:

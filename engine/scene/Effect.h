@@ -18,7 +18,10 @@ public:
     Effect(const Effect&) = delete;
     Effect& operator=(const Effect&) = delete;
 
+    /// What materials name it by.
     virtual const std::string& getID() const;
+
+    /// As it was given. Where files are looked for is up to the engine.
     virtual const std::string& getFileName() const;
 
 private:

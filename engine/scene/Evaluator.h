@@ -15,17 +15,20 @@ class Render;
 class HALVERN_SCENE_API Evaluator
 {
 public:
+    /// No step. The name is for people.
     explicit Evaluator(std::string name);
     virtual ~Evaluator();
 
     Evaluator(const Evaluator&) = delete;
     Evaluator& operator=(const Evaluator&) = delete;
 
+    /// As given to the constructor.
     virtual std::string getName() const;
 
     /// Appends a step; an empty pointer is ignored.
     virtual void addRender(boost::shared_ptr<Render> render);
 
+    /// Never gets smaller.
     virtual unsigned int getRenderCount() const;
 
     /// Empty for an index out of range.

@@ -22,11 +22,15 @@ public:
     Light(const Light&) = delete;
     Light& operator=(const Light&) = delete;
 
+    /// As given to the constructor.
     virtual std::string getID() const;
 
-    /// Red, green and blue, each 0 to 1; what was set comes back unclamped.
+    /** @{ */
+    /// Red, green and blue as light, not as sRGB, each 0 to 1; what was set comes back unclamped. The picture
+    /// follows in the next frame.
     virtual Eigen::Vector3f getColor() const;
     virtual void setColor(float red, float green, float blue);
+    /** @} */
 
 private:
     friend struct Internals;

@@ -13,13 +13,17 @@ namespace halvern::scene {
 class HALVERN_SCENE_API Material
 {
 public:
+    /// With an effect that the scene does not know the material is drawn plain and grey.
     Material(std::string id, std::string effectID);
     virtual ~Material();
 
     Material(const Material&) = delete;
     Material& operator=(const Material&) = delete;
 
+    /// Unique in the scene; it has no comma.
     virtual std::string getMaterialID() const;
+
+    /// The ID of the Effect.
     virtual std::string getEffectID() const;
 
 private:

@@ -18,13 +18,17 @@ class Node;
 class HALVERN_SCENE_API Render
 {
 public:
+    /// Each part may be empty.
     Render(boost::shared_ptr<Node> node, std::list<std::string> layers, boost::shared_ptr<Material> material);
     virtual ~Render();
 
     Render(const Render&) = delete;
     Render& operator=(const Render&) = delete;
 
+    /// Empty for a full-screen step.
     virtual boost::shared_ptr<Node> getNode() const;
+
+    /// An instance of a scene effect for a full-screen step.
     virtual boost::shared_ptr<Material> getMaterial() const;
 
 private:

@@ -6,7 +6,8 @@
 #include <QObject>
 #include <QtUiPlugin/QDesignerCustomWidgetCollectionInterface>
 
-/// What Qt Designer and QUiLoader find in the library: one plugin per widget that can be put on a form.
+/// What Qt Designer and QUiLoader find in the library: one plugin per widget that can be put on a form. No
+/// program includes this header; QPluginLoader makes the object.
 class HALVERN_QT_API QtRenderingPlugins : public QObject, public QDesignerCustomWidgetCollectionInterface
 {
     Q_OBJECT
@@ -14,8 +15,11 @@ class HALVERN_QT_API QtRenderingPlugins : public QObject, public QDesignerCustom
     Q_INTERFACES(QDesignerCustomWidgetCollectionInterface)
 
 public:
+    /// Makes the plugins, which it owns.
     explicit QtRenderingPlugins(QObject* parent = nullptr);
 
+    /// Those of QtView, QtFXMaterial, QtScene, QtProperties and QtMaterialPanel, in this order: the same
+    /// objects each time.
     QList<QDesignerCustomWidgetInterface*> customWidgets() const override;
 
 private:

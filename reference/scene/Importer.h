@@ -29,6 +29,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// What importScene asks its caller. Both may be empty.
 struct ImportOptions
 {
     /// Called while importScene blocks, on a thread of its own, with the share that is done, 0 to 1; false
@@ -44,27 +45,27 @@ struct ImportOptions
 /// Counts of what the file holds, without anything that was added to show it.
 struct ImportCounts
 {
-    unsigned nodes = 0; ///< the root counted
-    unsigned meshes = 0;
-    unsigned materials = 0;
-    unsigned cameras = 0;
-    unsigned lights = 0;
-    unsigned animations = 0;
+    unsigned nodes = 0;          ///< the root counted
+    unsigned meshes = 0;         ///< of the file; one on two nodes counts once
+    unsigned materials = 0;      ///< different ones that something is drawn with
+    unsigned cameras = 0;        ///< of the file
+    unsigned lights = 0;         ///< of the file
+    unsigned animations = 0;     ///< of the file, those that can only be played too
     unsigned long triangles = 0; ///< as drawn: a mesh on two nodes counts twice
-    unsigned long vertices = 0;
+    unsigned long vertices = 0;  ///< as drawn, like triangles
 };
 
+/// A model that was read.
 struct ImportedScene
 {
     boost::shared_ptr<SceneManager> sceneManager; ///< complete, not started, without an event manager
-    ImportCounts counts;
+    ImportCounts counts;                          ///< what the file holds
     std::vector<std::string> warnings; ///< what could be shown only in part, such as a missing texture
 };
 
-/// Reads a model file of any format that Assimp knows into a scene of its own. Blocks; any thread but the
-/// GUI's. A scene without a camera gets one that frames the model; without a light, a head light and a
-/// key light.
-/// Throws ImportError, ImportCancelled.
+/// Reads a model file of any format that Assimp knows into a scene of its own. Any thread; it blocks, so that
+/// a program whose window is up does not call it on the GUI thread. A scene without a camera gets one that
+/// frames the model; without a light, a head light and a key light. Throws ImportError, ImportCancelled.
 HALVERN_SCENE_API ImportedScene importScene(const std::string& fileName, const ImportOptions& options);
 
 /// The file extensions that importScene knows, lower case, without the dot, sorted.

@@ -12,14 +12,15 @@ class Light;
 /// negative z axis, unless `position` and `direction` say otherwise.
 struct LightSource
 {
+    /// Where the light comes from.
     enum class Kind {
-        Point,
-        Directional,
-        Spot,
-        Head ///< directional, always shining from the eye into the picture
+        Point,       ///< from `position`, in all directions
+        Directional, ///< along `direction`, from infinitely far away
+        Spot,        ///< from `position`, in a cone round `direction`
+        Head         ///< directional, always shining from the eye into the picture
     };
 
-    Kind kind = Kind::Point;
+    Kind kind = Kind::Point;                                ///< decides which of the others count
     Eigen::Vector3f position = Eigen::Vector3f::Zero();     ///< in the node's coordinates
     Eigen::Vector3f direction = Eigen::Vector3f(0, 0, -1);  ///< in the node's coordinates
     float intensity = 1;                                    ///< multiplies the colour
@@ -28,8 +29,10 @@ struct LightSource
     float outerCone = 0.7f;                                 ///< half angle where the light ends, radians
 };
 
-/// Any thread.
+/** @{ */
+/// How the light shines; a Light begins as a LightSource does. Any thread.
 HALVERN_SCENE_API void setLightSource(Light& light, LightSource source);
 HALVERN_SCENE_API LightSource getLightSource(const Light& light);
+/** @} */
 
 } // namespace halvern::scene

@@ -12,18 +12,33 @@ namespace halvern::core::event {
 class HALVERN_CORE_API Event
 {
 public:
+    /// Empty type, data and ID: for containers and meta types.
     Event();
+
+    /// The ID is taken as it is. EventManager::triggerEvent of a type and a text makes one that no other
+    /// event has.
     Event(EventType type, EventData data, std::string uniqueID);
 
+    /** @{ */
+    /// Copies share the texts of type and data.
     Event(const Event& other);
     Event(Event&& other) noexcept;
     Event& operator=(const Event& other);
     Event& operator=(Event&& other) noexcept;
+    /** @} */
 
+    /// What listeners register for.
     virtual EventType getEventType() const;
+
+    /// The arguments.
     virtual EventData getEventData() const;
+
+    /** @{ */
+    /// Tells the event from others of the same type and data. The event manager neither needs nor changes it.
     virtual std::string getUniqueID() const;
     virtual void setUniqueID(std::string uniqueID);
+    /** @} */
+
     virtual ~Event();
 
 private:

@@ -37,6 +37,7 @@ public:
 
     ~EventBase() override;
 
+    /// Empty when there is none.
     virtual boost::shared_ptr<EventManager> getEventManager();
 
     /// Removes all registrations from the old manager (when this returns none of its deliveries runs or
@@ -47,12 +48,16 @@ public:
     /// Listens without a handler: events of the type go to handleEvent.
     virtual void registerToListen(EventType type);
 
-    /// Binds the handler, replacing the one bound to the type before, and listens.
+    /// Binds the handler, replacing the one bound to the type before, and listens. An empty handler binds
+    /// nothing.
     virtual void registerHandler(EventType type, boost::function<void(Event)> handler);
 
-    /// Sends through the manager; without one nothing happens.
+    /** @{ */
+    /// Sends through the manager; without one nothing happens. Of a type and a text the manager makes an
+    /// event with a fresh unique ID.
     virtual void triggerEvent(std::string type, std::string data);
     virtual void triggerEvent(Event event);
+    /** @} */
 
 private:
     struct Private;

@@ -19,13 +19,15 @@ class HALVERN_CORE_API EventData
 public:
     /// The empty text.
     EventData();
+
+    /// The whole text, arguments joined with ", ". Not explicit: a text is an event's data.
     EventData(std::string data);
 
     /// Piece n, the first piece being number 1. 0 gives the whole text; a number out of range gives "".
     /// Costs one scan up to the end of the piece and allocates nothing but the result.
     std::string getArg(int n) const;
 
-    /// The whole text.
+    /// The whole text. The reference lasts as long as this object.
     const std::string& getData() const;
 
     /// Number of pieces, at least 1.

@@ -41,10 +41,13 @@ public:
     /// Registering the same pair again has no effect; a null listener is ignored.
     virtual void registerEventListener(EventListener* listener, EventType type);
 
-    /// Barriers: when they return, no delivery (of the type) to the listener runs or will start. Called
-    /// from inside that very delivery they do not wait for it.
+    /** @{ */
+    /// A barrier: when it returns, no delivery (of the type, if one is given) to the listener runs or will
+    /// start. Called from inside that very delivery it does not wait for it. Removing who is not registered
+    /// is no error.
     virtual void removeEventListener(EventListener* listener);
     virtual void removeEventListener(EventListener* listener, EventType type);
+    /** @} */
 
     /// Queues the event; never waits for a delivery.
     virtual void triggerEvent(const Event& event);

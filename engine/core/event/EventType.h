@@ -15,13 +15,19 @@ class HALVERN_CORE_API EventType
 public:
     /// The type with the empty name.
     EventType();
+
+    /// Not explicit: a name is a type.
     EventType(std::string name);
 
+    /// The reference lasts as long as this object.
     const std::string& getName() const;
 
+    /** @{ */
+    /// Compares names, byte by byte.
     bool operator==(const EventType& other) const;
     bool operator!=(const EventType& other) const;
     bool operator<(const EventType& other) const;
+    /** @} */
 
 private:
     boost::shared_ptr<const std::string> name;
