@@ -8,6 +8,7 @@ build_packages="cmake g++ ninja-build ccache qtbase5-dev qttools5-dev libopensce
 display_packages="xvfb xauth libgl1-mesa-dri fonts-dejavu-core"
 test_packages="libgtest-dev libgmock-dev assimp-testmodels xdotool"
 lint_packages="git clang-format clang-tidy codespell"
+docs_packages="doxygen"
 bench_packages="python3 f3d openscenegraph"
 package_packages="dpkg-dev file gzip lintian appstream desktop-file-utils"
 
