@@ -1,6 +1,6 @@
 // A form made in Qt Designer with all five widgets, and a model to fill it: form MODEL [FORM.ui]
 // The form is the one that is compiled into the program, or the file, read by a loader that finds the library
-// among Qt's plugins.
+// among Qt's plugins: QT_PLUGIN_PATH=PREFIX/lib/qt5/plugins form MODEL form.ui
 #include "engine/core/event/EventManager.h"
 #include "engine/scene/SceneManager.h"
 #include "engine/window/Window.h"
@@ -42,6 +42,12 @@ boost::shared_ptr<scene::SceneManager> readScene(const char* fileName)
     return scene::importScene(fileName, options).sceneManager;
 }
 
+int fail(const char* reason)
+{
+    qCritical("%s", reason);
+    return 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
@@ -49,16 +55,18 @@ int main(int argc, char** argv)
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     const QApplication application(argc, argv);
 
+    if (argc < 2)
+        return fail("usage: form MODEL [FORM.ui]");
     const auto form = argc > 2 ? loadForm(argv[2]) : makeCompiledForm();
-    if (argc < 2 || !form)
-        return 1;
+    if (!form)
+        return fail("the file is no form");
     auto* view = form->findChild<qt::QtView*>();
     auto* tree = form->findChild<qt::QtScene*>();
     auto* properties = form->findChild<qt::QtProperties*>();
     auto* materials = form->findChild<qt::QtMaterialPanel*>();
     auto* editor = form->findChild<qt::QtFXMaterial*>();
     if (!view || !tree || !properties || !materials || !editor)
-        return 1; // the plugin was not found: QT_PLUGIN_PATH names the folder above designer/
+        return fail("a widget is missing: does QT_PLUGIN_PATH name the folder above designer/?");
 
     auto events = boost::make_shared<HCE::EventManager>(true);
     view->setEventManager(events);
