@@ -10,6 +10,7 @@
 #include "qt/QtView.h"
 #include "studio/SceneDock.h"
 
+#include <QCoreApplication>
 #include <QMainWindow>
 #include <QMenu>
 #include <QSize>
@@ -21,6 +22,15 @@ namespace halvern::studio {
 namespace {
 
 const QSize Roomy(1000, 600);
+
+/// What paints all the time does so in a window of its own: in that of the view, each of its paints would
+/// compose the whole window anew.
+void giveOwnWindow(QWidget& widget)
+{
+    QCoreApplication::setAttribute(Qt::AA_DontCreateNativeWidgetSiblings);
+    widget.setAttribute(Qt::WA_NativeWindow);
+    widget.setAutoFillBackground(true); // else what is behind it is painted too
+}
 
 } // namespace
 
@@ -120,6 +130,7 @@ void Panels::buildAnimationDock()
 {
     animationDock = new qt::QtAnimationDock;
     animationDock->setObjectName("Halvern_Animation");
+    giveOwnWindow(*animationDock);
     animationDock->setWindowTitle(tr("Animation"));
     window->addDockWidget(Qt::BottomDockWidgetArea, animationDock);
     animationDock->hide();                    // in sight it paints all the time
