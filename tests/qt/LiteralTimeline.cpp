@@ -18,6 +18,18 @@ int truncate(double number)
                               : static_cast<int>(std::min(std::max(number, Least), Most));
 }
 
+/// A pixel so far outside may be anywhere there; painters do not reckon with all of 32 bits.
+int toPixel(double number)
+{
+    return std::min(std::max(truncate(number), -1000000), 1000000);
+}
+
+/// What 32 bits keep of a number.
+std::int64_t wrap(std::int64_t number)
+{
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(number));
+}
+
 QPen makePen(double width, const QColor& colour)
 {
     return QPen(QBrush(colour), width, Qt::SolidLine, Qt::SquareCap, Qt::BevelJoin);
@@ -48,7 +60,7 @@ public:
         painter.fillRect(part, makeGradient(QColor(150, 150, 150), QColor(200, 200, 200)));
         painter.setPen(makePen(1.0, QColor(153, 153, 153)));
         const float p = t.maximum == 0 ? 0 : float(t.value) * (float(width) / float(t.maximum));
-        const QRect handle(truncate(p - 5.0), 0, 10, height);
+        const QRect handle(toPixel(p - 5.0), 0, 10, height);
         painter.fillRect(handle, makeGradient(QColor(100, 100, 100), QColor(150, 150, 150)));
         painter.drawRects(&handle, 1);
         if (showsEngine && t.hasAnimation)
@@ -58,7 +70,7 @@ public:
         white.setWidth(2);
         white.setColor(QColor(255, 255, 255));
         painter.setPen(white);
-        painter.drawLine(truncate(p), 0, truncate(p), height);
+        painter.drawLine(toPixel(p), 0, toPixel(p), height);
         if (showsEngine)
             paintPlayback();
     }
@@ -66,7 +78,7 @@ public:
 private:
     int positionOf(int milliseconds) const
     {
-        return QStyle::sliderPositionFromValue(t.minimum, t.maximum, milliseconds, width, false);
+        return toPixel(QStyle::sliderPositionFromValue(t.minimum, t.maximum, milliseconds, width, false));
     }
 
     void paintFrames()
@@ -108,7 +120,7 @@ private:
     void paintPlayback()
     {
         const std::int64_t currentMs = t.currentMicroseconds / 1000;
-        const int xr = truncate(float(part.width()) * (float(currentMs) / float(t.maximum)));
+        const int xr = toPixel(float(part.width()) * (float(currentMs) / float(t.maximum)));
         painter.setPen(makePen(2.0, QColor(255, 0, 0)));
         painter.drawLine(xr, 0, xr, height);
         const auto tolerance = float(t.maximum / 100);
@@ -140,6 +152,15 @@ private:
 };
 
 } // namespace
+
+int valueLiterally(const Timeline& t, int x)
+{
+    if (t.maximum == 0 || t.size.width() == 0)
+        return t.minimum;
+    const std::int64_t range = wrap(std::int64_t(t.maximum) - t.minimum);
+    const std::int64_t v = wrap(t.minimum + wrap(x * range) / t.size.width());
+    return truncate(double(wrap(t.maximum * v)) / double(t.maximum));
+}
 
 QImage paintLiterally(const Timeline& timeline)
 {

@@ -22,6 +22,9 @@ struct Timeline
     std::int64_t currentMicroseconds = 0;
 };
 
+/// The value under a column of it.
+int valueLiterally(const Timeline& timeline, int x);
+
 /// The picture of it, painted stroke by stroke without regard to cost. With a part, only that is painted, as
 /// after an update of it.
 QImage paintLiterally(const Timeline& timeline);

@@ -161,6 +161,22 @@ TEST_F(QtAnimationDockDialogsTest, ASceneThatComesWhileItAsksIsTheOneThatIsShown
     EXPECT_EQ(dock.slider().maximum(), 500);
 }
 
+TEST_F(QtAnimationDockDialogsTest, ASceneThatComesWhileItAsksIsTheOneThatIsEmptied)
+{
+    run->valid = false;
+    const auto other = boost::make_shared<FakeAnimationScene>(calls);
+    other->put("other");
+    ASSERT_TRUE(withModal([&] { dock.setSceneManager(scene); },
+                          [&](QWidget& window) {
+                              dock.setSceneManager(other);
+                              QTest::mouseClick(dynamic_cast<QMessageBox&>(window).button(QMessageBox::Yes),
+                                                Qt::LeftButton);
+                          }));
+    EXPECT_EQ(scene->library.size(), 2u);
+    EXPECT_TRUE(other->library.empty());
+    EXPECT_EQ(dock.combo().count(), 0);
+}
+
 // Deleting
 
 TEST_F(QtAnimationDockDialogsTest, DeletingAsksFirst)

@@ -140,6 +140,19 @@ TEST_F(QtAnimationDockEditTest, ANewSceneLeavesEditMode)
     EXPECT_FALSE(dock.editAction().isChecked());
 }
 
+TEST_F(QtAnimationDockEditTest, ASceneThatAllowsNoEditModeOnlyTakesTheCheckMarkAway)
+{
+    dock.editAction().trigger();
+    const auto bare = boost::make_shared<FakeAnimationScene>(calls);
+    dock.setSceneManager(bare);
+    EXPECT_FALSE(dock.editAction().isChecked());
+    EXPECT_EQ(dock.enabled(),
+              (std::vector<bool>{false, false, true, true})); // the boxes have nothing to show
+    bare->put("other");
+    dock.editAction().trigger(); // the flag was still on
+    EXPECT_EQ(dock.enabled(), none);
+}
+
 TEST_F(QtAnimationDockEditTest, ASceneWithoutAnAnimationManagerLeavesEditModeToo)
 {
     dock.editAction().trigger();

@@ -425,9 +425,10 @@ public:
             slider.resize(timeline.size);
         }
         if (chance(3)) {
-            static const int maxima[] = {1, 99, 100, 499, 500, 501, 1200, 10000, 17000, 40000};
-            timeline.minimum = chance(6) ? -number(1, 1000) : 0;
-            timeline.maximum = chance(3) ? number(1, 46000) : maxima[number(0, 9)];
+            static const int maxima[] = {0,     1,     99,    100,    499,      500, 501,  1200,
+                                         10000, 17000, 40000, 120000, 12000000, -1,  -700, -46000};
+            timeline.maximum = chance(3) ? number(1, 150000) : maxima[number(0, 15)];
+            timeline.minimum = std::min(chance(6) ? -number(1, 100000) : 0, timeline.maximum);
             slider.setRange(timeline.minimum, timeline.maximum);
         }
         if (chance(2))
@@ -454,14 +455,13 @@ private:
     {
         const int x = number(0, timeline.size.width());
         moveMouse(slider, x);
-        timeline.hoverValue =
-            timeline.minimum + x * (timeline.maximum - timeline.minimum) / timeline.size.width();
+        timeline.hoverValue = valueLiterally(timeline, x);
     }
 
     std::int64_t pickTime()
     {
         if (timeline.frameTimes.empty() || chance(2))
-            return number(-500, timeline.maximum + 500);
+            return number(timeline.minimum - 500, timeline.maximum + 500);
         const auto last = static_cast<int>(timeline.frameTimes.size()) - 1;
         const float seconds = timeline.frameTimes[std::size_t(number(0, last))];
         return std::isfinite(seconds) && std::abs(seconds) < 1e6f ? std::int64_t(seconds * 1000) : 0;
@@ -473,14 +473,14 @@ private:
         std::vector<float> frames;
         const int kind = number(0, 3);
         const int count = chance(4) ? 2000 : number(0, 40);
-        const auto length = static_cast<float>(timeline.maximum) / 1000;
+        const auto length = static_cast<float>(timeline.maximum - timeline.minimum) / 1000;
         std::uniform_real_distribution<float> times(-0.1f * length, 1.1f * length);
         const float heap = times(generator);
         for (int i = 0; i < count; ++i)
             frames.push_back(kind == 0 ? heap + times(generator) / 100 : times(generator));
         if (kind == 3) {
-            frames.push_back(1e30f);
-            frames.push_back(-1e30f);
+            const float infinity = std::numeric_limits<float>::infinity();
+            frames.insert(frames.begin() + count / 2, {1e30f, -1e30f, infinity, -infinity, std::nanf("")});
         } else {
             std::sort(frames.begin(), frames.end());
         }

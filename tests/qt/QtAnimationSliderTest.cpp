@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <limits>
+#include <random>
 
 using namespace halvern::test;
 using testing::ElementsAre;
@@ -208,6 +210,27 @@ TEST_F(QtAnimationSliderTest, AValueThatDoesNotFitIsClamped)
     slider.setRange(INT_MIN, -1);
     slider.resize(100, 80);
     EXPECT_EQ(mapped(0), "setTime 2147483647000"); // INT_MIN / -1.0
+}
+
+TEST_F(QtAnimationSliderTest, AnyPositionInAnyRangeIsWhat32BitsMakeOfIt)
+{
+    std::mt19937 generator(1);
+    const auto number = [&](int least, int most) {
+        return std::uniform_int_distribution<int>(least, most)(generator);
+    };
+    for (int i = 0; i < 2000; ++i) {
+        const int bound = i % 2 == 0 ? INT_MAX : 200000;
+        Timeline timeline;
+        timeline.size = QSize(number(1, 4000), 80);
+        timeline.minimum = i % 4 < 2 ? 0 : number(-bound, bound);
+        timeline.maximum = number(timeline.minimum, bound);
+        slider.resize(timeline.size);
+        slider.setRange(timeline.minimum, timeline.maximum);
+        const int x = number(-1000, 5000);
+        const auto expected = std::int64_t(valueLiterally(timeline, x)) * 1000;
+        ASSERT_EQ(mapped(x), "setTime " + std::to_string(expected))
+            << x << " of " << timeline.size.width() << ", " << timeline.minimum << " to " << timeline.maximum;
+    }
 }
 
 TEST_F(QtAnimationSliderTest, WithoutAnExtentEveryPositionIsTheMinimum)
