@@ -60,6 +60,38 @@ void insert(AnimationChannel& channel, float seconds, const Pose& pose)
     insertAt(channel.scales, seconds, pose.scale);
 }
 
+/// Gives what has no keys yet a key at each of the times.
+void complete(AnimationChannel& channel, const std::vector<float>& times, const Pose& pose)
+{
+    const auto fill = [&](auto& keys, const auto& value) {
+        if (!keys.empty())
+            return;
+        for (const float time : times)
+            insertAt(keys, time, value);
+    };
+    fill(channel.translations, pose.translation);
+    fill(channel.rotations, pose.rotation);
+    fill(channel.scales, pose.scale);
+}
+
+/// Gives what has keys one at the time that changes nothing.
+void hold(AnimationChannel& channel, float time)
+{
+    insert(channel, time, channel.sample(time));
+}
+
+/// The times of the keyframes before and after a time.
+std::vector<float> neighboursOf(float seconds, const std::vector<float>& times)
+{
+    std::vector<float> neighbours;
+    const auto next = std::upper_bound(times.begin(), times.end(), seconds);
+    if (next != times.begin())
+        neighbours.push_back(*std::prev(next));
+    if (next != times.end())
+        neighbours.push_back(*next);
+    return neighbours;
+}
+
 bool isSame(const Pose& first, const Pose& second)
 {
     return first.translation == second.translation && first.scale == second.scale &&
@@ -96,6 +128,14 @@ std::vector<float> AnimationKeys::times() const
     return times;
 }
 
+std::vector<float> AnimationKeys::timesBeside(float seconds) const
+{
+    std::vector<float> others = times();
+    others.erase(std::lower_bound(others.begin(), others.end(), seconds - SameTime),
+                 std::upper_bound(others.begin(), others.end(), seconds + SameTime));
+    return others;
+}
+
 float AnimationKeys::end() const
 {
     float end = recorded.empty() ? 0 : *recorded.rbegin();
@@ -110,13 +150,20 @@ void AnimationKeys::record(float seconds, const Poses& now, const Poses& before)
     std::set<std::string> known;
     for (const AnimationChannel& channel : channels)
         known.insert(channel.nodeID);
-    clear(seconds);
-    const std::vector<float> others = times();
+    const std::vector<float> others = timesBeside(seconds);
     for (const auto& [id, pose] : now) {
         const auto old = before.find(id);
         if (known.count(id) == 0 && old != before.end() && !isSame(old->second, pose))
-            add(id, old->second, others);
+            channels.emplace_back().nodeID = id;
     }
+    for (AnimationChannel& channel : channels) {
+        const auto old = before.find(channel.nodeID);
+        if (old != before.end())
+            complete(channel, others, old->second);
+        for (const float time : neighboursOf(seconds, others))
+            hold(channel, time);
+    }
+    clear(seconds);
     for (AnimationChannel& channel : channels) {
         const auto pose = now.find(channel.nodeID);
         if (pose != now.end())
@@ -125,15 +172,18 @@ void AnimationKeys::record(float seconds, const Poses& now, const Poses& before)
     recorded.insert(seconds);
 }
 
-void AnimationKeys::add(const std::string& nodeID, const Pose& pose, const std::vector<float>& seconds)
+AnimationChannel& AnimationKeys::add(const std::string& nodeID, const Pose& pose,
+                                     const std::vector<float>& seconds)
 {
-    const auto isIts = [&](const AnimationChannel& channel) { return channel.nodeID == nodeID; };
-    if (std::any_of(channels.begin(), channels.end(), isIts))
-        return;
+    const auto known = std::find_if(channels.begin(), channels.end(), [&](const AnimationChannel& channel) {
+        return channel.nodeID == nodeID;
+    });
+    if (known != channels.end())
+        return *known;
     AnimationChannel& channel = channels.emplace_back();
     channel.nodeID = nodeID;
-    for (const float time : seconds)
-        insert(channel, time, pose);
+    complete(channel, seconds, pose);
+    return channel;
 }
 
 void AnimationKeys::remove(float seconds)

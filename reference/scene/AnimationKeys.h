@@ -23,6 +23,7 @@ struct Pose
 struct AnimationChannel
 {
     std::string nodeID;
+    bool goesWithView = false; // a camera that the user added
     std::map<float, Eigen::Vector3f> translations;
     std::map<float, Eigen::Quaternionf> rotations;
     std::map<float, Eigen::Vector3f> scales;
@@ -47,16 +48,20 @@ public:
     float end() const;
 
     /// Makes a keyframe of how the nodes stand now. A node that had no keys gets them if it stands
-    /// elsewhere than before; where it stood then are its keys of the other keyframes.
+    /// elsewhere than before. Nothing changes beyond the keyframes
+    /// before and after; where a node stood then is what they hold of all that had no keys.
     void record(float seconds, const Poses& now, const Poses& before);
 
-    /// Gives a node without keys a key of the pose at each of the times.
-    void add(const std::string& nodeID, const Pose& pose, const std::vector<float>& seconds);
+    /// The keys of a node; of one without keys, a key of the pose at each of the times.
+    AnimationChannel& add(const std::string& nodeID, const Pose& pose, const std::vector<float>& seconds);
 
     /// Takes the keyframe out that is nearest to the time, if one is within a millisecond.
     void remove(float seconds);
 
 private:
+    /// Without those that are the same as this one.
+    std::vector<float> timesBeside(float seconds) const;
+
     /// Removes the keys of that very time.
     void clear(float seconds);
 

@@ -24,6 +24,16 @@ float toSeconds(const time_duration& time)
     return static_cast<float>(static_cast<double>(time.total_microseconds()) * 1e-6);
 }
 
+/// The time inside of an animation that is played over and over; before its begin, too.
+time_duration wrap(const time_duration& time, const time_duration& length)
+{
+    const auto whole = length.total_microseconds();
+    if (whole <= 0)
+        return {};
+    const auto rest = time.total_microseconds() % whole;
+    return microseconds(rest < 0 ? rest + whole : rest);
+}
+
 /// The time at which the animation begins anew.
 time_duration lengthOf(const Animation& animation)
 {
@@ -92,6 +102,19 @@ boost::shared_ptr<Animation> AnimationManager::Private::current()
     return animation;
 }
 
+bool AnimationManager::Private::goesWithView(const Node& camera)
+{
+    const auto animation = current();
+    if (!animation)
+        return false;
+    const auto& data = Internals::of(*animation);
+    std::lock_guard lock(data.mutex);
+    const auto isIts = [&](const AnimationChannel& channel) {
+        return channel.goesWithView && channel.nodeID == camera.getID();
+    };
+    return std::any_of(data.keys.channels.begin(), data.keys.channels.end(), isIts);
+}
+
 void AnimationManager::Private::advance(Clock::time_point now)
 {
     const auto playing = current();
@@ -114,8 +137,7 @@ void AnimationManager::Private::advance(Clock::time_point now)
 bool AnimationManager::Private::advanceTime(const time_duration& elapsed, const time_duration& length)
 {
     if (!isPaused) {
-        const auto next = (time + elapsed).total_microseconds();
-        time = microseconds(length.total_microseconds() > 0 ? next % length.total_microseconds() : 0);
+        time = wrap(time + elapsed, length);
         return true;
     }
     if (!glide)
@@ -221,17 +243,21 @@ void AnimationManager::addAnimationCamera()
 {
     const auto animation = getAnimation();
     boost::shared_ptr<Node> node;
+    std::optional<CameraPlace> place;
     {
         std::lock_guard lock(d->mutex);
         node = d->cameraNode.lock();
+        place = d->view;
     }
     if (!animation || !node)
         return;
+    if (place && place->node == node)
+        move(*node, {place->translation, place->rotation, {}});
     edit(*animation, [&](AnimationKeys& keys) {
         std::vector<float> keyframes = keys.times();
         if (keyframes.empty())
             keyframes.push_back(0);
-        keys.add(node->getID(), poseOf(*node), keyframes);
+        keys.add(node->getID(), poseOf(*node), keyframes).goesWithView = true;
     });
 }
 
@@ -252,6 +278,19 @@ bool AnimationManager::paused()
 {
     std::lock_guard lock(d->mutex);
     return d->isPaused;
+}
+
+bool setView(AnimationManager& animations, const std::optional<CameraPlace>& place)
+{
+    auto& data = Internals::of(animations);
+    {
+        std::lock_guard lock(data.mutex);
+        data.view = place;
+    }
+    if (!place || !animations.paused() || !data.goesWithView(*place->node))
+        return false;
+    move(*place->node, {place->translation, place->rotation, {}});
+    return true;
 }
 
 } // namespace halvern::scene

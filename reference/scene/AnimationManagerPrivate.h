@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/scene/AnimationManager.h"
+#include "reference/scene/AnimationCamera.h"
 #include "reference/scene/AnimationKeys.h"
 #include "reference/scene/Internals.h"
 #include "reference/scene/SceneLink.h"
@@ -33,6 +34,7 @@ struct AnimationManager::Private
     std::mutex mutex; // guards what follows
     boost::shared_ptr<Animation> animation;
     boost::weak_ptr<Node> cameraNode; // what addAnimationCamera takes
+    std::optional<CameraPlace> view;  // where the user looks from, if not through the camera
     Duration time;
     bool isPaused = true;
     bool hasJumped = false;
@@ -48,6 +50,9 @@ struct AnimationManager::Private
     void advance(Clock::time_point now);
 
     boost::shared_ptr<Animation> current();
+
+    /// Whether the camera is to go along with the user.
+    bool goesWithView(const Node& camera);
 
 private:
     /// Under the lock. Returns whether the nodes have to follow.

@@ -3,6 +3,7 @@
 #include "engine/scene/Animation.h"
 #include "engine/scene/Camera.h"
 #include "engine/scene/CameraInstance.h"
+#include "reference/scene/AnimationCamera.h"
 #include "reference/scene/Importer.h"
 #include "tests/scene/ModelFiles.h"
 #include "tests/scene/SceneHelpers.h"
@@ -216,6 +217,16 @@ TEST_F(AnimationManagerTest, ANodeThatMovesLaterKeepsItsPlaceInEarlierKeyframes)
     EXPECT_EQ(placeAt(*b, seconds(2)), 8);
 }
 
+TEST_F(AnimationManagerTest, AnAnimatedNodeIsRecordedEvenIfItStandsStill)
+{
+    recordMove();
+    animations->insertKeyframe(3);
+    place(*a, 20);
+    animations->insertKeyframe(5);
+    EXPECT_EQ(placeAt(*a, seconds(3)), 10);
+    EXPECT_FLOAT_EQ(placeAt(*a, seconds(4)), 15);
+}
+
 TEST_F(AnimationManagerTest, RotationTakesTheShorterArcAndScaleIsLinear)
 {
     animations->setAnimation(makeAnimation());
@@ -244,6 +255,19 @@ TEST_F(AnimationManagerTest, ARunningAnimationLoopsOverItsRange)
     const auto stopped = animations->getCurrentTime();
     manager->update();
     EXPECT_EQ(animations->getCurrentTime(), stopped);
+}
+
+TEST_F(AnimationManagerTest, ATimeFarOutsideIsBackInTheRangeAsSoonAsItPlays)
+{
+    recordMove()->setTimeRange(2000);
+    for (const int far : {-10000, 2990}) {
+        animations->pause();
+        animations->setTime(seconds(far));
+        animations->resume();
+        manager->update();
+        EXPECT_GE(animations->getCurrentTime(), time_duration()) << far;
+        EXPECT_LT(animations->getCurrentTime(), seconds(2)) << far;
+    }
 }
 
 TEST_F(AnimationManagerTest, AnAnimationOfNoLengthStaysAtItsBegin)
@@ -315,6 +339,36 @@ TEST_F(AnimationManagerTest, TheActiveCameraJoinsTheAnimation)
     animations->addAnimationCamera();
     place(*b, 4);
     EXPECT_EQ(placeAt(*b, seconds(1)), 0);
+}
+
+TEST_F(AnimationManagerTest, AnAddedCameraGoesAlongWithTheViewWhilePaused)
+{
+    manager->addCameraInstance(
+        boost::make_shared<CameraInstance>("first", a, boost::make_shared<Camera>("camera")));
+    animations->setAnimation(makeAnimation());
+    const auto look = [&](const boost::shared_ptr<Node>& camera, float x) {
+        const Eigen::Quaternionf turn(Eigen::AngleAxisf(x, Eigen::Vector3f::UnitY()));
+        return setView(*animations, CameraPlace{camera, {x, 0, 0}, turn});
+    };
+    EXPECT_FALSE(look(a, 1));
+    EXPECT_EQ(a->getTranslation().x(), 0);
+    animations->addAnimationCamera();
+    EXPECT_EQ(a->getTranslation().x(), 1);
+    EXPECT_TRUE(look(a, 2));
+    EXPECT_EQ(a->getTranslation().x(), 2);
+    EXPECT_TRUE(a->getRotation().isApprox(
+        Eigen::Affine3f(Eigen::AngleAxisf(2, Eigen::Vector3f::UnitY())).matrix(), 1e-5f));
+    EXPECT_EQ(placeAt(*a, seconds(0)), 1);
+
+    EXPECT_FALSE(look(b, 3));
+    animations->resume();
+    EXPECT_FALSE(look(a, 4));
+    animations->pause();
+    EXPECT_FALSE(setView(*animations, {}));
+    animations->setAnimation(makeAnimation());
+    EXPECT_FALSE(look(a, 5));
+    EXPECT_EQ(a->getTranslation().x(), 1);
+    EXPECT_EQ(b->getTranslation().x(), 0);
 }
 
 TEST_F(AnimationManagerTest, ANodeThatMovesIsAnnouncedOnceACycle)
@@ -409,6 +463,49 @@ TEST_F(AnimationManagerTest, AnAnimationOfAFileIsPlayed)
     player->setTime(milliseconds(500));
     scene.update();
     EXPECT_FLOAT_EQ(scene.getNodeByID("n")->getTranslation().x(), 2);
+}
+
+TEST_F(AnimationManagerTest, AKeyframeRecordedAgainLeavesTheOthersAsTheyWere)
+{
+    recordMove();
+    place(*b, 3);
+    animations->insertKeyframe(2);
+    place(*a, 30);
+    animations->insertKeyframe(1);
+    place(*a, 40);
+    animations->insertKeyframe(1.0002f);
+    EXPECT_EQ(animations->getFrameTimes(), (Times{0, 1.0002f, 2}));
+    EXPECT_EQ(placeAt(*a, seconds(0)), 0);
+    EXPECT_FLOAT_EQ(placeAt(*a, milliseconds(500)), 20 / 1.0002f);
+    EXPECT_EQ(placeAt(*a, seconds(2)), 10);
+}
+
+TEST_F(AnimationManagerTest, WhatAFileDoesNotAnimateKeepsItsPlaceInTheOtherKeyframes)
+{
+    const TemporaryFolder folder;
+    Gltf gltf;
+    const std::string times = std::to_string(gltf.floats("SCALAR", {0, 2}));
+    const std::string turns = std::to_string(gltf.floats("VEC4", {0, 0, 0, 1, 0, 1, 0, 0}));
+    const auto imported = importScene(
+        folder.write(
+            "a.gltf",
+            gltf.text(
+                R"({"name":"n"})", "0",
+                "\"animations\":[{\"name\":\"turn\",\"samplers\":[{\"input\":" + times +
+                    ",\"output\":" + turns +
+                    "}],\"channels\":[{\"sampler\":0,\"target\":{\"node\":0,\"path\":\"rotation\"}}]}]")),
+        {});
+    auto& scene = *imported.sceneManager;
+    const auto node = scene.getNodeByID("n");
+    const auto player = scene.getAnimationManager();
+    player->setAnimation(scene.getAnimationsLibrary().at(0));
+    place(*node, 5);
+    player->insertKeyframe(1);
+    for (const auto& [time, expected] : {std::pair(0, 0), std::pair(1, 5), std::pair(2, 0)}) {
+        player->setTime(seconds(time));
+        scene.update();
+        EXPECT_EQ(node->getTranslation().x(), float(expected)) << time;
+    }
 }
 
 TEST_F(AnimationManagerTest, ThreeThreadsMayPlayAndEditAtOnce)
