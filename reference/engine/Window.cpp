@@ -19,11 +19,13 @@
 #include "reference/engine/fx/EffectLibrary.h"
 #include "reference/engine/fx/EffectMessages.h"
 #include "reference/engine/fx/SceneEffect.h"
+#include "reference/scene/AnimationCamera.h"
 #include "reference/scene/CameraPose.h"
 
 #include <boost/make_shared.hpp>
 #include <boost/weak_ptr.hpp>
 
+#include <optional>
 #include <vector>
 
 namespace halvern::engine::window {
@@ -70,6 +72,8 @@ struct Window::Private : ControlledScene
     void syncScene();
     void activateCamera(const std::string& sid);
     void followCamera();
+    void leadCamera();
+    std::optional<scene::CameraPlace> placeOfView() const;
     void makeFXManager();
     void answer(const PickRequest& request);
     void forgetScene();
@@ -178,6 +182,35 @@ void Window::Private::followCamera()
     const Eigen::Affine3d pose(getCameraPose(lens).matrix().cast<double>());
     camera.follow(mirror->getWorld(*activeCamera->getNode()) * pose,
                   {lens.getZNear(), lens.getZFar(), lens.getYFov()});
+    leadCamera();
+}
+
+/// Lets the animations record where the user looks from, and follows the camera again that they moved there.
+void Window::Private::leadCamera()
+{
+    const auto animations = sceneManager->getAnimationManager();
+    if (animations && scene::setView(*animations, placeOfView()))
+        camera.reset();
+}
+
+/// Where the active camera's node would have to stand to look as the user does; nothing if it stands there.
+std::optional<scene::CameraPlace> Window::Private::placeOfView() const
+{
+    if (camera.isFollowing())
+        return {};
+    const auto node = activeCamera->getNode();
+    const int entry = mirror->findEntry(node.get());
+    const int parent = entry < 0 ? -1 : mirror->getEntries()[entry].parent;
+    const Eigen::Affine3d toParent =
+        parent < 0 ? Eigen::Affine3d::Identity() : mirror->getEntries()[parent].world.inverse();
+    if (!toParent.matrix().allFinite())
+        return {};
+    const Eigen::Isometry3d pose = getCameraPose(*activeCamera->getCamera()).cast<double>();
+    const Eigen::Affine3d wanted(toParent.linear() * camera.getAxes() * pose.linear().transpose());
+    const Eigen::Matrix3d turn = wanted.rotation();
+    const Eigen::Vector3d eyeInNode = node->getScale().cast<double>().cwiseProduct(pose.translation());
+    return scene::CameraPlace{node, (toParent * camera.getEye() - turn * eyeInNode).cast<float>(),
+                              Eigen::Quaternionf(Eigen::Matrix3f(turn.cast<float>()))};
 }
 
 void Window::Private::makeFXManager()
@@ -286,6 +319,8 @@ void Window::render()
                       d->pipeline->stages);
     for (const std::string& error : d->renderer->takeErrors())
         fx::showEffectError(*d->events, error);
+    if (d->renderer->takeReadsTime() && d->effects)
+        d->effects->requestFrame();
     d->counts->set(d->renderer->getTriangleCount(), d->renderer->getVertexCount());
     d->colorRenderTarget->setTextureID(d->renderer->getColorTexture());
 }

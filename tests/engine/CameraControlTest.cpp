@@ -1,9 +1,13 @@
 #include "engine/logic/LogicManager.h"
+#include "engine/scene/Animation.h"
+#include "engine/scene/AnimationManager.h"
 #include "reference/engine/Motion.h"
+#include "reference/scene/CameraPose.h"
 #include "tests/engine/Stage.h"
 
 #include <QElapsedTimer>
 
+#include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -70,6 +74,37 @@ int countOf(const QImage& image, const QColor& color)
             count += image.pixelColor(x, y) == color;
     return count;
 }
+
+/// How many pixels are not the same.
+int countDifferent(const QImage& a, const QImage& b)
+{
+    int count = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            count += a.pixel(x, y) != b.pixel(x, y);
+    return count;
+}
+
+/// Two cubes in an animation to which the camera was added.
+struct AnimatedCubes : Cubes
+{
+    AnimatedCubes()
+    {
+        animations->setAnimation(boost::make_shared<scene::Animation>("flight", ""));
+        animations->insertKeyframe(0);
+        animations->addAnimationCamera();
+    }
+
+    QImage drawAt(int seconds)
+    {
+        animations->setTime(boost::posix_time::seconds(seconds));
+        scene.manager->update();
+        return draw();
+    }
+
+    const NodePtr camera = scene.manager->getNodeByID("camera");
+    const boost::shared_ptr<scene::AnimationManager> animations = scene.manager->getAnimationManager();
+};
 
 /// Draws frames until the condition holds; false when that takes too long.
 bool drawUntil(Stage& stage, const std::function<bool(const QImage&)>& condition)
@@ -219,6 +254,86 @@ TEST(CameraControlTest, ActiveCameraGoesBackToTheSceneCameraToo)
     cubes.drag(Left, {50, 50}, {90, 10});
     cubes.scene.events->triggerEvent("ActiveCamera", "camera");
     EXPECT_EQ(cubes.draw(), before);
+}
+
+TEST(CameraControlTest, ACameraOfTheAnimationGoesAlongWithTheUser)
+{
+    AnimatedCubes cubes;
+    const QImage before = cubes.draw();
+    cubes.drag(Left, {50, 50}, {90, 10});
+    const QImage moved = cubes.draw();
+    EXPECT_GT(countDifferent(before, moved), 500);
+    EXPECT_LT(countDifferent(cubes.draw(), moved), 20); // what the camera sees from where it went
+    cubes.animations->insertKeyframe(2);
+    EXPECT_LT(countDifferent(cubes.drawAt(0), before), 20);
+    EXPECT_GT(countDifferent(cubes.drawAt(1), before), 500);
+    EXPECT_GT(countDifferent(cubes.drawAt(1), moved), 500);
+    EXPECT_LT(countDifferent(cubes.drawAt(2), moved), 20);
+}
+
+TEST(CameraControlTest, ACameraGoesAlongBelowATurnedAndScaledParentToo)
+{
+    AnimatedCubes cubes;
+    const auto parent = cubes.scene.add("parent");
+    moveTo(*parent, 3, -2, 1);
+    parent->setRotation(Eigen::Affine3f(Eigen::AngleAxisf(1, Eigen::Vector3f(1, 2, 3).normalized())));
+    parent->setScale({2, 2, 2});
+    cubes.scene.root->removeChildNode(cubes.camera);
+    parent->addChildNode(cubes.camera);
+    cubes.camera->setScale({0.5f, 0.5f, 0.5f});
+    Eigen::Isometry3f pose(Eigen::AngleAxisf(0.3f, Eigen::Vector3f::UnitX()));
+    pose.pretranslate(Eigen::Vector3f(0.1f, 0.2f, 0.3f));
+    setCameraPose(*cubes.camera->getInstanceCamera(0), pose);
+    cubes.input().keyPressed('F', 0);
+    const QImage framed = cubes.draw();
+    EXPECT_LT(countDifferent(cubes.draw(), framed), 20);
+    cubes.drag(Left, {50, 50}, {70, 30});
+    const QImage moved = cubes.draw();
+    EXPECT_GT(countDifferent(framed, moved), 100);
+    EXPECT_LT(countDifferent(cubes.draw(), moved), 20);
+}
+
+TEST(CameraControlTest, BelowAParentWithoutExtentACameraStaysWhereItIs)
+{
+    AnimatedCubes cubes;
+    cubes.scene.root->setScale({1, 0, 1});
+    cubes.drag(Left, {50, 50}, {70, 30});
+    cubes.draw();
+    EXPECT_EQ(Eigen::Vector3f(cubes.camera->getTranslation().vector()), Eigen::Vector3f(0, 0, 5));
+    EXPECT_EQ(cubes.camera->getRotation(), Eigen::Matrix4f(Eigen::Matrix4f::Identity()));
+}
+
+TEST(CameraControlTest, AnAddedCameraIsRecordedWhereTheUserLooksFrom)
+{
+    Cubes cubes;
+    cubes.drag(Left, {50, 50}, {90, 10});
+    const QImage moved = cubes.draw();
+    const auto animations = cubes.scene.manager->getAnimationManager();
+    animations->setAnimation(boost::make_shared<scene::Animation>("flight", ""));
+    animations->addAnimationCamera();
+    animations->setTime(boost::posix_time::seconds(1));
+    cubes.scene.manager->update();
+    EXPECT_LT(countDifferent(cubes.draw(), moved), 20);
+}
+
+TEST(CameraControlTest, WhileTheAnimationPlaysTheUserMovesAlone)
+{
+    AnimatedCubes cubes;
+    cubes.animations->resume();
+    const Eigen::Vector3f before = cubes.camera->getTranslation().vector();
+    cubes.drag(Left, {50, 50}, {90, 10});
+    cubes.draw();
+    EXPECT_EQ(Eigen::Vector3f(cubes.camera->getTranslation().vector()), before);
+}
+
+TEST(CameraControlTest, ACameraOfAnotherAnimationStaysWhereItIs)
+{
+    AnimatedCubes cubes;
+    cubes.animations->setAnimation(boost::make_shared<scene::Animation>("other", ""));
+    const Eigen::Vector3f before = cubes.camera->getTranslation().vector();
+    cubes.drag(Left, {50, 50}, {90, 10});
+    cubes.draw();
+    EXPECT_EQ(Eigen::Vector3f(cubes.camera->getTranslation().vector()), before);
 }
 
 TEST(CameraControlTest, FBringsEverythingIntoView)
