@@ -167,6 +167,9 @@ const Mistake mistakes[] = {
     {"float3 x = float4(1, 1, 1, 1);", "test.fx:1:12: expected float3, not 'float4'"},
     {"float4 x = foo(1);", "test.fx:1:12: 'foo' is no type of numbers"},
     {"float x = 1e99;", "test.fx:1:11: the number '1e99' is out of range"},
+    {"float x = 1,5;", "test.fx:1:12: expected ';', not ','"},
+    {"int x = 3000000000;", "test.fx:1:9: the number '3000000000' is out of range"},
+    {"float gr\xC3\xBCn;", "test.fx:1:9: expected ';', not '\xC3\xBC'"},
     {"int x = 1.5;", "test.fx:1:9: expected a whole number, not '1.5'"},
     {"float x = \"a\";", "test.fx:1:12: expected a number, not 'a'"},
     {"float x = yes;", "test.fx:1:11: expected a number, not 'yes'"},
@@ -182,6 +185,7 @@ const Mistake mistakes[] = {
     {"float x < int a = 1; int a = 2; >;", "test.fx:1:26: a second annotation 'a'"},
     {"string ScriptClass;", "test.fx:1:8: ScriptClass has no value"},
     {"string ScriptClass = 1;", "test.fx:1:22: expected a text in double quotes, not '1'"},
+    {"string ScriptClass = \"a\"; string ScriptClass = \"b\";", "test.fx:1:34: a second ScriptClass"},
     {"technique { }", "test.fx:1:11: expected a name, not '{'"},
     {"technique t { }", "test.fx:1:11: expected fragment code"},
     {"technique t { pass { } }", "test.fx:1:15: expected fragment code"},
@@ -227,6 +231,34 @@ TEST(FXParserTest, ThereAreLimits)
     for (int i = 0; i < 257; ++i)
         numbers += "float x" + std::to_string(i) + ";\n";
     EXPECT_EQ(errorOf(numbers + body), "test.fx:257:7: more than 256 parameters");
+}
+
+TEST(FXParserTest, AMessageQuotesTheBeginningOfALongText)
+{
+    const std::string text(1000, 'a');
+    EXPECT_EQ(errorOf(text + " x;").substr(0, 93),
+              "test.fx:1:1: unknown type '" + text.substr(0, 60) + "...'; ");
+    std::string letters;
+    for (int i = 0; i < 100; ++i)
+        letters += "\xC3\xBC";
+    EXPECT_EQ(errorOf("float x = \"" + letters + "\";"),
+              "test.fx:1:12: expected a number, not '" + letters.substr(0, 60) + "...'");
+}
+
+TEST(FXParserTest, AStatementIsOfALimitedLength)
+{
+    const std::string most = "x" + std::string(16 * 1024 - 1, '+');
+    const auto effectOf = [](const std::string& code) {
+        return "fragment {\n " + code + "}\ntechnique t { }";
+    };
+    const std::string message = "test.fx:2:2: a statement of more than 16384 characters";
+    EXPECT_EQ(errorOf(effectOf(most)), "");
+    EXPECT_EQ(errorOf(effectOf(most + "+")), message);
+    EXPECT_EQ(errorOf(effectOf(most + ";" + most + "{" + most + "}" + most)), "");
+    EXPECT_EQ(errorOf(effectOf(most.substr(1) + "\n#define A\n" + most.substr(12))), "");
+    EXPECT_EQ(errorOf(effectOf("/* " + most + "\n*/" + most + "//" + most + "\n+")),
+              "test.fx:3:3: a statement of more than 16384 characters");
+    EXPECT_EQ(errorOf(effectOf("/*" + most + most + "*/ //" + most + "\n" + most)), "");
 }
 
 TEST(FXParserTest, EveryBrokenFileOfTheCorpusIsRefusedWithAPlace)

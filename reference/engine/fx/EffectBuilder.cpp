@@ -1,10 +1,14 @@
 #include "reference/engine/fx/EffectBuilder.h"
 
+#include "reference/engine/fx/Comments.h"
+
 #include <boost/algorithm/string/predicate.hpp>
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cmath>
+#include <cstring>
 #include <optional>
 #include <utility>
 
@@ -40,10 +44,9 @@ const StateWord<bool> switchWords[] = {{"on", true}, {"off", false}};
 constexpr size_t mostParameters = 256;
 constexpr size_t mostOthers = 64;
 
-std::string quoted(std::string_view text)
-{
-    return "'" + std::string(text) + "'";
-}
+// The compilers of drivers call themselves for each part of an expression, and have a stack of 8 MiB.
+constexpr size_t longestStatement = 16 * 1024;
+constexpr size_t longestQuote = 60;
 
 std::optional<ParameterType> findType(std::string_view name)
 {
@@ -89,6 +92,23 @@ bool hasName(const std::vector<Element>& elements, std::string_view name)
 }
 
 } // namespace
+
+std::string quoted(std::string_view text)
+{
+    const char* i = text.data();
+    const char* const last = i + text.size();
+    while (i != last && size_t(i - text.data()) < longestQuote)
+        i = afterLetter(i, last);
+    return "'" + std::string(text.data(), i) + (i == last ? "'" : "...'");
+}
+
+const char* afterLetter(const char* i, const char* last)
+{
+    ++i;
+    while (i != last && (*i & 0xC0) == 0x80)
+        ++i;
+    return i;
+}
 
 EffectError::EffectError(const std::string& fileName, Place newPlace, const std::string& message) :
     std::runtime_error(fileName + ":" + std::to_string(newPlace.line) + ":" +
@@ -206,6 +226,8 @@ void EffectBuilder::endScriptClass()
         return;
     if (literals.empty())
         fail(name, "ScriptClass has no value");
+    if (!effect->scriptClass.empty())
+        fail(name, "a second ScriptClass");
     effect->scriptClass = toText();
 }
 
@@ -271,6 +293,8 @@ std::vector<float> EffectBuilder::toNumbers(unsigned int wanted, const std::stri
         fail(literals.front().text, wantedType + " has " + std::to_string(wanted) +
                                         (wanted == 1 ? " number" : " numbers") + ", not " +
                                         std::to_string(numbers.size()));
+    if (wantedType == "int" && std::abs(numbers.front()) > mostInt)
+        fail(literals.front().text, "the number " + quoted(literals.front().text) + " is out of range");
     if (wantedType == "int" && std::trunc(numbers.front()) != numbers.front())
         fail(literals.front().text, "expected a whole number, not " + quoted(literals.front().text));
     if (wantedType == "bool")
@@ -371,6 +395,24 @@ void EffectBuilder::addCode(Piece code, std::vector<CodeSyntax> EffectSyntax::*s
 {
     std::vector<CodeSyntax>& codes = technique ? currentPass(code).*own : (*effect).*shared;
     codes.push_back({placeOf(code), std::string(code)});
+    checkStatements(code);
+}
+
+void EffectBuilder::checkStatements(Piece code) const
+{
+    const char* const last = code.data() + code.size();
+    const char* begin = last; // of the statement
+    size_t length = 0;
+    for (const char* i = skipComments(code.data(), last); i != last; i = skipComments(i + 1, last)) {
+        if (std::strchr(";{}#", *i)) {
+            length = 0;
+        } else if (length > 0 || !std::isspace(static_cast<unsigned char>(*i))) {
+            begin = length == 0 ? i : begin;
+            ++length;
+        }
+        if (length > longestStatement)
+            fail({begin, 0}, "a statement of more than " + std::to_string(longestStatement) + " characters");
+    }
 }
 
 PassSyntax& EffectBuilder::currentPass(Piece where)

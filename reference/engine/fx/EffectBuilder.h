@@ -2,9 +2,16 @@
 
 #include "reference/engine/fx/EffectSyntax.h"
 
+#include <string>
 #include <string_view>
 
 namespace halvern::engine::fx {
+
+/// A piece of a file for a message: in quotes, and no longer than a message may be.
+std::string quoted(std::string_view text);
+
+/// Behind the letter that begins here, which is of several bytes in other alphabets.
+const char* afterLetter(const char* i, const char* last);
 
 /// Makes an effect of the pieces that the parser finds, in the order in which they stand in the text, and
 /// checks what the grammar does not. Throws EffectError.
@@ -63,6 +70,7 @@ private:
     void endScriptClass();
     void addCode(Piece code, std::vector<CodeSyntax> EffectSyntax::*shared,
                  std::vector<CodeSyntax> PassSyntax::*own);
+    void checkStatements(Piece code) const;
     PassSyntax& currentPass(Piece where);
     void checkTechniques() const;
     void checkPass(const PassSyntax& pass) const;

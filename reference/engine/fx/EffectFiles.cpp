@@ -70,6 +70,9 @@ std::string findEffectFile(const std::string& fileName)
 std::string readEffectFile(const std::string& fileName)
 {
     std::string text;
+    std::error_code error;
+    if (fs::is_regular_file(fileName, error) && fs::file_size(fileName, error) > largestEffect)
+        throw EffectError(fileName, {}, "expected an effect file of at most 256 KiB");
     if (!read(fileName, largestEffect, text))
         throw EffectError(fileName, {}, "expected an effect file that can be read");
     if (text.find('\0') != text.npos)

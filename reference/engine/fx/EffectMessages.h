@@ -2,6 +2,8 @@
 
 #include "engine/core/event/EventBase.h"
 
+#include <boost/algorithm/string/replace.hpp>
+
 #include <algorithm>
 #include <string>
 
@@ -11,6 +13,7 @@ namespace halvern::engine::fx {
 inline void showEffectError(core::event::EventBase& sender, std::string message)
 {
     // A comma would end the text, a line feed the line.
+    boost::replace_all(message, "','", "a comma");
     std::replace(message.begin(), message.end(), ',', ';');
     std::replace(message.begin(), message.end(), '\n', ' ');
     sender.triggerEvent("DisplayMessageAt", message + ", 20, 40");

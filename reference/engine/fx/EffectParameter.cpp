@@ -165,6 +165,8 @@ bool EffectParameter::fit(std::vector<float>& numbers) const
         std::all_of(numbers.begin(), numbers.end(), [](float number) { return std::isfinite(number); });
     if (type == ParameterType::Texture || numbers.size() != componentsOf(type) || !areNumbers)
         return false;
+    if (type == ParameterType::Int && std::abs(numbers.front()) > mostInt)
+        return false;
     if (type == ParameterType::Int)
         numbers.front() = std::trunc(numbers.front());
     if (type == ParameterType::Bool)

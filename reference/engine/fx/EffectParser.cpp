@@ -1,4 +1,5 @@
 // The grammar of effect files, and nothing else: Spirit takes long to compile.
+#include "reference/engine/fx/Comments.h"
 #include "reference/engine/fx/EffectBuilder.h"
 
 #include <boost/spirit/home/x3.hpp>
@@ -28,7 +29,7 @@ struct CodeParser : x3::parser<CodeParser>
     bool parse(Iterator& first, const Iterator& last, const Context&, RuleContext&, Attribute& code) const
     {
         int depth = 1;
-        for (Iterator i = afterComments(first, last); i != last; i = afterComments(i + 1, last)) {
+        for (Iterator i = skipComments(first, last); i != last; i = skipComments(i + 1, last)) {
             depth += *i == '{' ? 1 : *i == '}' ? -1 : 0;
             if (depth > 0)
                 continue;
@@ -37,20 +38,6 @@ struct CodeParser : x3::parser<CodeParser>
             return true;
         }
         return false;
-    }
-
-private:
-    static Iterator find(Iterator i, Iterator last, Piece text)
-    {
-        const size_t found = Piece(i, last - i).find(text);
-        return found == Piece::npos ? last : i + found + text.size();
-    }
-
-    static Iterator afterComments(Iterator i, Iterator last)
-    {
-        while (last - i > 1 && i[0] == '/' && (i[1] == '/' || i[1] == '*'))
-            i = find(i + 2, last, i[1] == '/' ? "\n" : "*/");
-        return i;
     }
 };
 
@@ -130,8 +117,8 @@ std::string found(Iterator i, Iterator last)
         return "the end of the file";
     Iterator tokenEnd = i;
     if (!x3::parse(tokenEnd, last, word | number))
-        ++tokenEnd;
-    return "'" + std::string(i, tokenEnd) + "'";
+        tokenEnd = afterLetter(i, last);
+    return quoted({i, size_t(tokenEnd - i)});
 }
 
 [[noreturn]] void report(const Builder& builder, Iterator where, Iterator last, const std::string& expected)

@@ -102,6 +102,7 @@ struct HALVERN_ENGINE_API EffectSyntax
     const ParameterSyntax* findParameter(const std::string& name) const;
 };
 
+constexpr float mostInt = 2147483648.0f; ///< of an int's distance from 0
 constexpr unsigned int mostTextures = 8;
 constexpr unsigned int mostSwitches = 24; ///< textures and bools
 constexpr unsigned int mostPasses = 6;    ///< of a technique

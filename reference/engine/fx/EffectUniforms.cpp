@@ -9,6 +9,9 @@
 #include <osg/Depth>
 #include <osg/PolygonMode>
 
+#include <algorithm>
+#include <climits>
+
 namespace halvern::engine::fx {
 
 namespace {
@@ -88,7 +91,8 @@ void setUniform(osg::Uniform& uniform, ParameterType type, const std::vector<flo
         uniform.set(osg::Vec4f(n[0], n[1], n[2], n[3]));
         break;
     case ParameterType::Int:
-        uniform.set(int(n[0]));
+        // Between the most of a float and that of an int lies a rounding.
+        uniform.set(int(std::clamp<double>(n[0], INT_MIN, INT_MAX)));
         break;
     case ParameterType::Bool:
         uniform.set(n[0] != 0);
