@@ -7,7 +7,6 @@ float radius < string UIName = "Radius"; string UIWidget = "slider"; float UIMin
 float softness < string UIName = "Softness"; string UIWidget = "slider"; float UIMin = 0.05; float UIMax = 1; float UIStep = 0.01; > = 0.55;
 float grain < string UIName = "Grain"; string UIWidget = "slider"; float UIMin = 0; float UIMax = 0.4; float UIStep = 0.01; > = 0.045;
 float4 tint < string UIName = "Tint"; string UIWidget = "color"; > = { 1.0, 0.98, 0.94, 1 };
-bool moving = false; // grain that is another in each frame
 
 fragment
 {
@@ -25,7 +24,7 @@ void main()
     float corner = smoothstep(radius - softness * 0.5, radius + softness * 0.5, length(fromMiddle));
     shown *= 1.0 - corner * strength;
     vec2 pixel = floor(place * viewSize);
-#ifdef MOVING
+#ifdef TECHNIQUE_MOVING
     pixel += floor(fract(time) * 24.0) * 17.0;
 #endif
     float speck = noise(pixel) + noise(pixel + 71.0) - 1.0;
@@ -37,3 +36,4 @@ void main()
 }
 
 technique vignette { }
+technique moving { } // the grain is another 24 times a second

@@ -34,6 +34,9 @@ public:
     /// Why effects could not be drawn, since the last call.
     std::vector<std::string> takeErrors() { return programs.takeErrors(); }
 
+    /// Whether a frame since the last call changes with the time.
+    bool takeReadsTime() { return programs.takeReadsTime(); }
+
     // Of the last frame, what lay outside of the view left out.
     unsigned int getTriangleCount() const { return triangles; }
     unsigned int getVertexCount() const { return vertices; }

@@ -9,6 +9,7 @@
 #include <map>
 #include <string>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 namespace halvern::engine {
@@ -33,22 +34,36 @@ public:
     /// Why passes do not compile, since the last call.
     std::vector<std::string> takeErrors();
 
+    /// Whether what was asked for since the last call changes with the time.
+    bool takeReadsTime() { return std::exchange(readsTime, false); }
+
 private:
+    struct Program
+    {
+        osg::ref_ptr<osg::Program> program;
+        bool readsTime;
+    };
     struct Entry
     {
         std::shared_ptr<const fx::EffectSyntax> effect; // keeps the address in the key from being another's
         osg::ref_ptr<osg::StateSet> state;
+        bool readsTime = false;
     };
     using Key = std::tuple<const fx::EffectSyntax*, unsigned int, unsigned int>;
 
-    osg::ref_ptr<osg::StateSet> makeSurfaceState(const fx::EffectPass& pass, unsigned int features);
-    osg::ref_ptr<osg::StateSet> makeState(const fx::EffectPass& pass, const fx::ProgramText& text);
+    template <class Make>
+    osg::StateSet* find(const fx::EffectPass& pass, unsigned int features, Make make);
+    Entry makeSurfaceEntry(const fx::EffectPass& pass, unsigned int features);
+    Entry makePictureEntry(const fx::EffectPass& pass, unsigned int features);
+    Entry makeEntry(const fx::EffectPass& pass, const fx::ProgramText& text);
+    const Program& getProgram(const fx::EffectPass& pass, const fx::ProgramText& text);
     void dropUnused();
 
     std::vector<LightSlot> lights;
     std::map<Key, Entry> states;
-    std::map<std::string, osg::ref_ptr<osg::Program>> programs; // by their text
+    std::map<std::string, Program> programs; // by their text
     std::vector<std::string> errors;
+    bool readsTime = false;
 };
 
 /// A program of two sources; the version line is added.

@@ -1,5 +1,7 @@
 #include "reference/engine/fx/EffectCode.h"
 
+#include "reference/engine/fx/Comments.h"
+
 #include <GL/gl.h>
 #include <GL/glext.h>
 
@@ -202,10 +204,43 @@ void forSwitches(const EffectSyntax& effect, Function function)
         }
 }
 
+bool isOfWord(char c)
+{
+    return std::isalnum(static_cast<unsigned char>(c)) || c == '_';
+}
+
+/// The code with blanks in place of its comments. Drivers miscount the lines behind long ones, and some read
+/// no letters of other alphabets.
+std::string blankComments(std::string code)
+{
+    char* const begin = code.data();
+    const char* const last = begin + code.size();
+    for (char* i = begin; i != last;) {
+        char* const end = begin + (skipComments(i, last) - begin);
+        std::replace_if(
+            i, end, [](char c) { return c != '\n'; }, ' ');
+        i = end == last ? end : end + 1;
+    }
+    return code;
+}
+
+/// Whether the word stands in the code, where its comments do not count.
+bool mentions(const std::string& code, const std::string& word)
+{
+    const char* const last = code.data() + code.size();
+    for (const char* i = skipComments(code.data(), last); i != last; i = skipComments(i, last)) {
+        const char* const end = std::find_if_not(i, last, isOfWord);
+        if (std::equal(i, end, word.begin(), word.end()))
+            return true;
+        i = std::max(end, i + 1);
+    }
+    return false;
+}
+
 bool mentions(const std::vector<CodeSyntax>& codes, const std::string& word)
 {
     return std::any_of(codes.begin(), codes.end(),
-                       [&](const CodeSyntax& code) { return code.text.find(word) != std::string::npos; });
+                       [&](const CodeSyntax& code) { return mentions(code.text, word); });
 }
 
 bool mentions(const EffectPass& pass, const std::string& word)
@@ -303,18 +338,44 @@ std::string firstError(const std::string& log)
     return log.substr(0, log.find('\n'));
 }
 
+std::string messageOf(const std::string& line)
+{
+    const size_t found = line.find("error: ");
+    return found == line.npos ? line : line.substr(found + 7);
+}
+
+bool isBlank(char c)
+{
+    return c == ' ' || c == '\t';
+}
+
+/// The column of a place in which each run of blanks counts as one, as it does for Mesa.
+int spreadBlanks(const std::string& text, Place place)
+{
+    auto begin = text.begin();
+    for (int line = 1; line < place.line && begin != text.end(); ++line)
+        begin = std::find(begin, text.end(), '\n') + 1;
+    int left = place.column;
+    for (auto i = begin; i < text.end() && *i != '\n'; ++i) {
+        left -= !(i != begin && isBlank(*i) && isBlank(i[-1]));
+        if (left == 0)
+            return int(i - begin) + 1;
+    }
+    return place.column;
+}
+
 /// "0:12(5): error: message", "0(12) : error C1: message" or "ERROR: 0:12: message", as the driver has it.
 EffectError makeError(const EffectPass& pass, const ShaderText& text, const std::string& log)
 {
     const std::string line = firstError(log);
     Place inText{0, 1};
-    if (std::sscanf(line.c_str(), "%*d:%d(%d)", &inText.line, &inText.column) != 2 &&
-        std::sscanf(line.c_str(), "%*d(%d)", &inText.line) != 1)
+    if (std::sscanf(line.c_str(), "%*d:%d(%d)", &inText.line, &inText.column) == 2)
+        inText.column = spreadBlanks(text.get(), inText);
+    else if (std::sscanf(line.c_str(), "%*d(%d)", &inText.line) != 1)
         std::sscanf(line.c_str(), "ERROR: %*d:%d", &inText.line);
     Place found = pass.syntax().place;
     text.find(inText, found);
-    const size_t message = line.find("error: ");
-    return EffectError(pass.effect->fileName, found, message == line.npos ? line : line.substr(message + 7));
+    return EffectError(pass.effect->fileName, found, messageOf(line));
 }
 
 template <class GetParameter, class GetLog>
@@ -356,7 +417,7 @@ void ShaderText::add(const std::vector<CodeSyntax>& codes)
 {
     for (const CodeSyntax& code : codes) {
         // In the columns that it has in the file.
-        text += std::string(code.place.column - 1, ' ') + code.text + "\n";
+        text += std::string(code.place.column - 1, ' ') + blankComments(code.text) + "\n";
         const auto lines = std::count(code.text.begin(), code.text.end(), '\n') + 1;
         for (int i = 0; i < lines; ++i)
             origins.push_back({code.place.line + i, 0});
@@ -448,7 +509,7 @@ ProgramText makePictureText(const EffectPass& pass, unsigned int features)
     return program;
 }
 
-void tryProgram(const EffectPass& pass, const ProgramText& text)
+bool tryProgram(const EffectPass& pass, const ProgramText& text)
 {
     const auto destroyShader = [](unsigned int name) { glDeleteShader(name); };
     const GLObject vertex{glCreateShader(GL_VERTEX_SHADER), destroyShader};
@@ -463,7 +524,8 @@ void tryProgram(const EffectPass& pass, const ProgramText& text)
     glGetProgramiv(program.name, GL_LINK_STATUS, &linked);
     if (!linked)
         throw EffectError(pass.effect->fileName, pass.syntax().place,
-                          getLog(program.name, glGetProgramiv, glGetProgramInfoLog));
+                          messageOf(firstError(getLog(program.name, glGetProgramiv, glGetProgramInfoLog))));
+    return glGetUniformLocation(program.name, "time") >= 0;
 }
 
 void tryPrograms(const std::shared_ptr<const EffectSyntax>& effect)

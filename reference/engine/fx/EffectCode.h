@@ -66,8 +66,9 @@ ProgramText makeProgramText(const EffectPass& pass, unsigned int features,
 /// The program of a pass over the picture.
 ProgramText makePictureText(const EffectPass& pass, unsigned int features);
 
-/// Compiles and links with the current context. Throws EffectError with the place that is to blame.
-void tryProgram(const EffectPass& pass, const ProgramText& text);
+/// Compiles and links with the current context: whether the program reads the time. Throws EffectError with
+/// the place that is to blame.
+bool tryProgram(const EffectPass& pass, const ProgramText& text);
 
 /// Does so for all passes of an effect.
 void tryPrograms(const std::shared_ptr<const EffectSyntax>& effect);

@@ -192,17 +192,25 @@ void EffectLibrary::setSceneManager(boost::shared_ptr<scene::SceneManager>) {}
 
 bool EffectLibrary::update()
 {
+    const bool isWanted = isFrameWanted.exchange(false);
+    if (!findChanges() && !isWanted)
+        return false;
+    if (const auto scene = sceneManager.lock())
+        scene->triggerEvent("SyncScene", "");
+    return false;
+}
+
+bool EffectLibrary::findChanges()
+{
     const auto now = std::chrono::steady_clock::now();
     if (now < nextLook)
         return false;
     nextLook = now + lookInterval;
 
     std::map<std::string, Watched> looked;
-    boost::shared_ptr<scene::SceneManager> scene;
     {
         const std::lock_guard<std::mutex> lock(mutex);
         looked = watched;
-        scene = sceneManager.lock();
     }
     bool found = false;
     for (const auto& [id, before] : looked) {
@@ -219,9 +227,7 @@ bool EffectLibrary::update()
         changed.push_back(id);
         found = true;
     }
-    if (found && scene)
-        scene->triggerEvent("SyncScene", "");
-    return false;
+    return found;
 }
 
 } // namespace halvern::engine::fx

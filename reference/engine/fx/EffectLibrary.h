@@ -57,9 +57,13 @@ public:
     /// Whether files changed since the last call, and which effects are theirs. Any thread.
     std::vector<std::string> takeChanged();
 
+    /// Asks for a frame in the scene's next cycle. For what changes with the time: what is not shown asks no
+    /// more. Any thread.
+    void requestFrame() { isFrameWanted = true; }
+
     void setSceneManager(boost::shared_ptr<scene::SceneManager> newSceneManager) override;
 
-    /// Looks at the files now and then.
+    /// Asks for the frame that is wanted, and looks at the files now and then.
     bool update() override;
 
 private:
@@ -72,6 +76,7 @@ private:
 
     EffectLibrary();
 
+    bool findChanges();
     boost::shared_ptr<LoadedEffect> find(const std::string& effectID) const;
     boost::shared_ptr<EffectMaterial> makeMaterial(const boost::shared_ptr<scene::Material>& material);
     std::shared_ptr<const EffectSyntax> read(const std::string& id);
@@ -80,6 +85,7 @@ private:
 
     const boost::shared_ptr<LoadedEffect> standard;
     std::chrono::steady_clock::time_point nextLook; // scene thread
+    std::atomic<bool> isFrameWanted{false};
 
     boost::weak_ptr<scene::SceneManager> sceneManager; // set once, before anybody has the library
 
