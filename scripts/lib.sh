@@ -6,7 +6,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 build_packages="cmake g++ ninja-build ccache qtbase5-dev qttools5-dev libopenscenegraph-dev libassimp-dev zlib1g-dev
     libboost-dev libeigen3-dev libgl-dev libegl-dev libopengl-dev"
 display_packages="xvfb xauth libgl1-mesa-dri fonts-dejavu-core"
-test_packages="libgtest-dev libgmock-dev assimp-testmodels xdotool"
+test_packages="libgtest-dev libgmock-dev assimp-testmodels pkgconf xdotool"
 lint_packages="git clang-format clang-tidy codespell"
 docs_packages="doxygen"
 bench_packages="python3 f3d openscenegraph"
