@@ -1,6 +1,11 @@
 #include "qt/plugins/QtRenderingPlugins.h"
 #include "engine/window/Window.h"
 #include "qt/QtView.h"
+#include "qt/plugins/QtFXMaterialPlugin.h"
+#include "qt/plugins/QtMaterialPanelPlugin.h"
+#include "qt/plugins/QtPropertiesPlugin.h"
+#include "qt/plugins/QtScenePlugin.h"
+#include "qt/plugins/QtViewPlugin.h"
 
 #include <QJsonObject>
 #include <QLibrary>
@@ -12,8 +17,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <type_traits>
 
-using halvern::qt::QtView;
+using namespace halvern::qt;
 
 namespace {
 
@@ -99,9 +105,25 @@ TEST_F(QtRenderingPluginsTest, InitializeRaisesThePluginsFlagForGoodAndNeedsNoEd
         EXPECT_FALSE(plugin->isInitialized());
         plugin->initialize(nullptr);
         EXPECT_TRUE(plugin->isInitialized());
-        plugin->initialize(nullptr);
+        plugin->initialize(reinterpret_cast<QDesignerFormEditorInterface*>(1)); // which nobody looks into
         EXPECT_TRUE(plugin->isInitialized());
     }
+}
+
+template <class Plugin>
+constexpr bool takesAnOptionalParent()
+{
+    return std::is_default_constructible_v<Plugin> && std::is_constructible_v<Plugin, QObject*>;
+}
+
+TEST_F(QtRenderingPluginsTest, ParentsAreOptional)
+{
+    EXPECT_TRUE(takesAnOptionalParent<QtRenderingPlugins>());
+    EXPECT_TRUE(takesAnOptionalParent<QtViewPlugin>());
+    EXPECT_TRUE(takesAnOptionalParent<QtFXMaterialPlugin>());
+    EXPECT_TRUE(takesAnOptionalParent<QtScenePlugin>());
+    EXPECT_TRUE(takesAnOptionalParent<QtPropertiesPlugin>());
+    EXPECT_TRUE(takesAnOptionalParent<QtMaterialPanelPlugin>());
 }
 
 TEST_F(QtRenderingPluginsTest, ViewMovesIntoTheFormWhenDesignerNamesIt)
