@@ -14,7 +14,6 @@
 namespace halvern::qt {
 
 using engine::fx::FXMaterialParameter;
-using ParameterPtr = boost::shared_ptr<FXMaterialParameter>;
 using ParameterValues = std::vector<boost::any>;
 
 /// What the annotation of that name holds; the fallback where there is none or it holds another type.

@@ -18,6 +18,7 @@
 #include <QLabel>
 #include <QPointer>
 #include <QPushButton>
+#include <QScopedValueRollback>
 #include <QScrollArea>
 #include <QSignalBlocker>
 #include <QSlider>
@@ -548,7 +549,7 @@ void QtFXMaterial::updateTexture(QWidget& editor, FXMaterialParameter& parameter
 void QtFXMaterial::handlePendingEvents()
 {
     const Busy busy(*this);
-    isPainting = true;
+    const QScopedValueRollback<bool> painting(isPainting, true);
     // Those that come in meanwhile have asked for another paint, should the time run out.
     const QDeadlineTimer deadline(PaintMilliseconds);
     for (auto events = pendingEvents->takeAll(); !events.empty(); events = pendingEvents->takeAll()) {
@@ -557,7 +558,6 @@ void QtFXMaterial::handlePendingEvents()
         if (deadline.hasExpired())
             break;
     }
-    isPainting = false;
 }
 
 void QtFXMaterial::handlePending(const HCE::Event& event)

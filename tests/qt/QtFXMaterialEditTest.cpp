@@ -159,10 +159,13 @@ TEST_F(QtFXMaterialEditTest, WhatTheParameterAnswersIsIgnored)
 {
     addSlider("size", {0.5f})->answer = false;
     addColor("tint", {0.0f, 0.0f, 0.0f})->answer = false;
+    addTexture("map", {text("a")})->answer = false;
     show();
     QTest::keyClick(&editor->slider(1), Qt::Key_Right);
     click(editor->color(2), [&](QWidget& dialog) { choose(dialog, QColor(Qt::red)); });
-    EXPECT_EQ(events->getCount("ChangeMaterialParameter"), 2u);
+    click(editor->fileButton(3), [&](QWidget& dialog) { choose(dialog, makeFile("b.png")); });
+    EXPECT_EQ(events->getCount("ChangeMaterialParameter"), 3u);
+    EXPECT_EQ(editor->error(), QString());
 }
 
 TEST_F(QtFXMaterialEditTest, WithoutAnEventManagerOnlyTheParameterIsSet)

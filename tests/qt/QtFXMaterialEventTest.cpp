@@ -207,6 +207,19 @@ TEST_F(QtFXMaterialEventTest, EventsThatNeverEndDoNotHoldAPaintForEver)
     EXPECT_GE(take().count("find m"), 2);
 }
 
+TEST_F(QtFXMaterialEventTest, EventsThatTakeLongerThanOnePaintAreHandledInTheNextOnes)
+{
+    editor->open();
+    int left = 400;
+    material->onTechnique = [&] {
+        QTest::qSleep(1);
+        if (--left > 0)
+            send("EffectReloaded", "fx");
+    };
+    send("MaterialSelected", "m");
+    EXPECT_TRUE(waitFor([&] { return left == 0; })) << left;
+}
+
 TEST_F(QtFXMaterialEventTest, WhatAnEventThrowsIsCaughtAndTheNextOnesAreHandled)
 {
     manager->materials["broken"] = boost::make_shared<BrokenMaterial>(log, "broken", effect);

@@ -466,6 +466,7 @@ TEST_F(QtFXMaterialTest, SliderNumbersBeyondAnIntAreTheNearestAndNoNumberIsZero)
     EXPECT_EQ(wide.value(), 0);
     EXPECT_EQ(sliderFor({{"UIMax", 3e8f}}, {2.5e8f}).maximum(), Highest);
     EXPECT_EQ(sliderFor({{"UIMin", -3e8f}}).minimum(), Lowest);
+    EXPECT_EQ(sliderFor({{"UIMax", 2147483648.0f}, {"UIStep", 1.0f}}).maximum(), Highest);
     const QSlider& none = sliderFor({{"UIMin", NoNumber}, {"UIMax", NoNumber}});
     EXPECT_EQ(none.minimum(), 0);
     EXPECT_EQ(none.maximum(), 0);
