@@ -1,5 +1,5 @@
-// The widgets over an engine of the host's own, which is in OwnEngine.h: click a box to select it, drag to turn
-// them, drop a material on a box, edit place and paint in the panels.
+// The widgets over an engine of the host's own, which is in OwnEngine.h: click a box to select it, drag to
+// turn them, drop a material on a box, edit place and paint in the panels.
 #include "OwnEngine.h"
 
 #include "engine/core/event/EventManager.h"
