@@ -2,6 +2,7 @@
 
 #include "engine/scene/AnimationManager.h"
 
+#include <QImage>
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
@@ -9,6 +10,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -132,8 +134,7 @@ public:
         for (int column = from; column < to; ++column) {
             Column& mark = columns[static_cast<std::size_t>(column)];
             const bool isLine = column == x - 1 || column == x;
-            mark = {mark.hasLine || isLine, isLine ? 0 : mark.fills + 1};
-            most = std::max(most, mark.fills);
+            mark = {mark.hasLine || isLine, isLine ? 0 : std::min(mark.fills + 1, FillsUntilSteady)};
         }
         begin = std::min(begin, from);
         end = std::max(end, to);
@@ -141,16 +142,13 @@ public:
 
     void paint(QPainter& painter, int height) const
     {
-        const QRect box(begin, 0, end - begin, height);
-        const QColor line(0, 255, 0);
-        const QBrush fill(makeGradient(QColor(0, 200, 0, 150), QColor(0, 250, 0, 150)));
-        forEachRun(
-            box, [&](int column) { return at(column).hasLine; },
-            [&](const QRect& run) { painter.fillRect(run, line); });
-        for (int layer = 0; layer < std::min(most, FillsUntilSteady); ++layer)
-            forEachRun(
-                box, [&](int column) { return at(column).fills > layer; },
-                [&](const QRect& run) { painter.fillRect(run, fill); });
+        const auto run = [&](int from, int to) { return QRect(from, 0, to - from, height); };
+        for (int from = begin, to = begin; from < end; from = to) {
+            const Column& mark = columns[static_cast<std::size_t>(from)];
+            while (to < end && columns[static_cast<std::size_t>(to)] == mark)
+                ++to;
+            paint(painter, run(from, to), mark);
+        }
     }
 
 private:
@@ -158,14 +156,55 @@ private:
     {
         bool hasLine = false;
         int fills = 0; // since the last line
+
+        bool operator==(const Column& other) const
+        {
+            return hasLine == other.hasLine && fills == other.fills;
+        }
     };
 
-    const Column& at(int column) const { return columns[static_cast<std::size_t>(column)]; }
+    /// The colours of the first row and of all below it.
+    struct Shade
+    {
+        QColor top;
+        QColor rest;
+    };
+
+    static QBrush makeFill() { return makeGradient(QColor(0, 200, 0, 150), QColor(0, 250, 0, 150)); }
+
+    static void paint(QPainter& painter, const QRect& run, const Column& mark)
+    {
+        static const QBrush fill = makeFill();
+        static const auto shades = makeShades();
+        const Shade& shade = shades[static_cast<std::size_t>(mark.fills)];
+        const QRect top(run.left(), 0, run.width(), 1);
+        // In the end the fills leave the same, below the first row, whatever was there before.
+        const bool isSteady = mark.fills == FillsUntilSteady;
+        if (mark.hasLine || isSteady)
+            painter.fillRect(run.adjusted(0, 1, 0, 0), shade.rest);
+        if (mark.hasLine)
+            painter.fillRect(top, shade.top);
+        for (int i = 0; !mark.hasLine && i < mark.fills; ++i)
+            painter.fillRect(isSteady ? top : run, fill);
+    }
+
+    /// What a line looks like under so many fills, so that it takes one of a single colour.
+    static std::array<Shade, FillsUntilSteady + 1> makeShades()
+    {
+        QImage column(1, 2, QImage::Format_RGB32);
+        column.fill(QColor(0, 255, 0));
+        QPainter painter(&column);
+        std::array<Shade, FillsUntilSteady + 1> shades;
+        for (Shade& shade : shades) {
+            shade = {column.pixelColor(0, 0), column.pixelColor(0, 1)};
+            painter.fillRect(column.rect(), makeFill());
+        }
+        return shades;
+    }
 
     std::vector<Column> columns;
     int begin; // of the columns that have marks
     int end = 0;
-    int most = 0; // of the fills of one column
     int last = 0;
     int repeats = 0; // of the last
 };
@@ -290,8 +329,12 @@ bool QtAnimationSlider::takeFrameTimes()
 void QtAnimationSlider::placeFrames()
 {
     hasFrame.assign(static_cast<std::size_t>(width()), false);
+    std::optional<int> milliseconds; // of the keyframe before
     for (const float time : frameTimes) {
-        const int x = columnOf(toInt(toMilliseconds(time)));
+        const int now = toInt(toMilliseconds(time));
+        if (std::exchange(milliseconds, now) == now)
+            continue;
+        const int x = columnOf(now);
         for (const int column : {x - 1, x})
             if (column >= 0 && column < width())
                 hasFrame[static_cast<std::size_t>(column)] = true;

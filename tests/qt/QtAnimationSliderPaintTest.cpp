@@ -167,6 +167,14 @@ TEST_F(QtAnimationSliderPaintTest, AKeyframeBeyondTheMaximumStandsAtTheLeftEnd)
     EXPECT_EQ(extent(Gold), (std::vector<int>{0, 0}));
 }
 
+TEST_F(QtAnimationSliderPaintTest, AKeyframeBeforeTheMinimumStandsAtTheLeftEndToo)
+{
+    manager->frameTimes = {-0.001f};
+    EXPECT_EQ(extent(Gold), (std::vector<int>{0, 0}));
+    manager->frameTimes = {-10};
+    EXPECT_EQ(extent(Gold), (std::vector<int>{0, 0}));
+}
+
 TEST_F(QtAnimationSliderPaintTest, WithoutACurrentAnimationNoKeyframesAreShown)
 {
     manager->frameTimes = {2};
