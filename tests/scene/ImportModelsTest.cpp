@@ -7,6 +7,7 @@
 #include "reference/scene/Importer.h"
 #include "reference/scene/LightSource.h"
 #include "reference/scene/Mesh.h"
+#include "reference/scene/Skin.h"
 #include "tests/scene/SceneHelpers.h"
 
 #include <gmock/gmock.h>
@@ -31,6 +32,20 @@ struct ImportModelsTest : testing::Test
     }
 };
 
+/// Every skin fits its mesh, and its bones are nodes of the scene.
+void expectSkinned(const ImportedScene& imported, const Node& node)
+{
+    const auto meshes = getGeometries(node);
+    const auto skins = getSkins(node);
+    for (size_t i = 0; i < skins.size(); ++i) {
+        if (!skins[i])
+            continue;
+        EXPECT_TRUE(fits(*skins[i], *meshes.at(i)));
+        for (const auto& bone : skins[i]->bones)
+            EXPECT_TRUE(bone.node.lock() && imported.sceneManager->getNodeByID(bone.node.lock()->getID()));
+    }
+}
+
 /// No index out of range, no array of the wrong length, no number that is none.
 void expectDrawable(const ImportedScene& imported)
 {
@@ -46,6 +61,7 @@ void expectDrawable(const ImportedScene& imported)
             EXPECT_TRUE(mesh->colors.empty() || mesh->colors.size() == count);
             EXPECT_TRUE(mesh->bounds.min().allFinite() && mesh->bounds.max().allFinite());
         }
+        expectSkinned(imported, *node);
     }
 }
 
@@ -118,6 +134,31 @@ TEST_F(ImportModelsTest, FilesThatBringAssimpDownAreSurvived)
     EXPECT_EQ(importScene(Models + "/STL/triangle_with_empty_solid.stl", {}).counts.triangles, 1u);
     EXPECT_EQ(importScene(Models + "/OpenGEX/empty_camera.ogex", {}).counts.nodes, 0u);
     EXPECT_THROW(importScene(Models + "/invalid/OutOfMemory.off", {}), ImportError);
+}
+
+TEST_F(ImportModelsTest, FiguresHaveSkins)
+{
+    for (const char* file :
+         {"FBX/huesitos.fbx", "FBX/animation_with_skeleton.fbx", "glTF2/simple_skin/simple_skin.gltf",
+          "MD5/SimpleCube.md5mesh", "X/Testwuson.X", "X/anim_test.x", "SMD/WusonSMD.smd"}) {
+        const auto imported = importScene(Models + "/" + file, {});
+        unsigned skins = 0;
+        for (const auto& node : imported.sceneManager->getNodeArray())
+            skins += getSkins(*node).size();
+        EXPECT_EQ(skins, imported.counts.meshes) << file;
+        expectDrawable(imported);
+    }
+}
+
+TEST_F(ImportModelsTest, BonesThatAFileListsSideBySideHangTogether)
+{
+    const auto imported = importScene(Models + "/MDL/MDL (HL1)/man.mdl", {});
+    const auto parent = imported.sceneManager->getNodeByID("Pelvis");
+    ASSERT_TRUE(parent);
+    ASSERT_EQ(parent->getChildCount(), 3u);
+    EXPECT_EQ(parent->getChildNode(0)->getName(), "RightLeg");
+    EXPECT_EQ(parent->getChildNode(2)->getName(), "Spine");
+    EXPECT_EQ(imported.sceneManager->getNodeByID("Root")->getChildNode(0), parent);
 }
 
 TEST_F(ImportModelsTest, ADistanceIsInTheUnitOfTheScene)
