@@ -349,6 +349,13 @@ TEST(SkinnedGeometryTest, ShadowsFollowTheBones)
     stage.scene.addLight("light", source);
     lookFrom(*stage.scene.manager->getNodeByID("light.node"), {-3, 3, 0}, {0, 0, 0});
     stage.figure.body->addToLayer("cast_shadow");
+    // So that the bounds of what casts shadows stay as they are.
+    const NodePtr far = stage.scene.add("far", boxMesh(0.05f));
+    const NodePtr near = stage.scene.add("near", boxMesh(0.05f));
+    for (const NodePtr& corner : {far, near})
+        corner->addToLayer("cast_shadow");
+    moveTo(*far, -4, 3, -4);
+    moveTo(*near, 4, 0.1f, 4);
     moveTo(*stage.figure.lower, -1, 1, 0);
     stage.figure.lower->setRotation(
         Eigen::Affine3f(Eigen::AngleAxisf(-float(M_PI_2), Eigen::Vector3f::UnitX())));
