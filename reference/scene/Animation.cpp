@@ -1,8 +1,15 @@
 #include "reference/scene/AnimationPrivate.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace halvern::scene {
+
+namespace {
+
+constexpr double LongestTime = 1e9; // seconds; a file may hold any number
+
+} // namespace
 
 Animation::Animation(std::string name, std::string /*second*/) : d(std::make_unique<Private>(std::move(name)))
 {}
@@ -35,7 +42,8 @@ void Animation::setTimeRange(int milliseconds)
 boost::posix_time::time_duration Animation::getDuration() const
 {
     std::lock_guard lock(d->mutex);
-    return boost::posix_time::microseconds(std::llround(d->keys.end() * 1e6));
+    const double end = std::clamp<double>(d->keys.end(), -LongestTime, LongestTime);
+    return boost::posix_time::microseconds(std::llround(end * 1e6));
 }
 
 } // namespace halvern::scene

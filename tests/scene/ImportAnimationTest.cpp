@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 namespace {
 
@@ -134,6 +135,20 @@ TEST_F(ImportAnimationTest, AnAnimationOfMorphTargetsIsNotValid)
     const auto scene = import("a.gltf", gltf.text(R"({"name":"n","mesh":0})", "0", morph));
     ASSERT_EQ(scene->getAnimationsLibrary().size(), 1u);
     EXPECT_FALSE(scene->getAnimationsLibrary()[0]->isValid());
+}
+
+TEST_F(ImportAnimationTest, AKeyOfAnyTimeIsTaken)
+{
+    const std::string endless = R"("animations":[{"samplers":[{"input":)" +
+                                number(gltf.floats("SCALAR", {0, 1e30f})) +
+                                ",\"output\":" + number(gltf.floats("VEC3", {0, 0, 0, 1, 0, 0})) +
+                                R"(}],"channels":[{"sampler":0,"target":{"node":0,"path":"translation"}}]}])";
+    const auto scene = import("a.gltf", gltf.text(R"({"name":"n"})", "0", endless));
+    const auto animation = scene->getAnimationsLibrary().at(0);
+    EXPECT_EQ(animation->getDuration(), boost::posix_time::seconds(1000000000));
+    EXPECT_EQ(animation->getTimeRange(), std::numeric_limits<int>::max());
+    showAt(*scene, 500);
+    EXPECT_NEAR(scene->getNodeByID("n")->getTranslation().x(), 0, 1e-5f);
 }
 
 } // namespace

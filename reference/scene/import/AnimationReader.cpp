@@ -9,6 +9,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <map>
 
 namespace halvern::scene {
@@ -68,7 +70,9 @@ boost::shared_ptr<Animation> readAnimation(const aiAnimation& source, const std:
         if (!keys.nodeID.empty())
             data.keys.channels.push_back(std::move(keys));
     }
-    animation->setTimeRange(static_cast<int>(animation->getDuration().total_milliseconds()));
+    const auto milliseconds = animation->getDuration().total_milliseconds();
+    animation->setTimeRange(
+        static_cast<int>(std::min<std::int64_t>(milliseconds, std::numeric_limits<int>::max())));
     return animation;
 }
 
