@@ -20,15 +20,17 @@ struct Mesh;
 /// on any thread share it.
 struct Skin
 {
+    /// A node that vertices follow.
     struct Bone
     {
-        boost::weak_ptr<const Node> node;
+        boost::weak_ptr<const Node> node; ///< once it is gone its vertices stay where they are
         Eigen::Affine3d toBone; ///< coordinates of the mesh to those of the bone that they are bound to
     };
 
     static constexpr std::size_t Influences = 4; ///< of each vertex
 
-    std::vector<Bone> bones;
+    std::vector<Bone> bones; ///< each once, in any order
+
     /// Indices of bones, `Influences` for each vertex; one past the last bone is the mesh's own node.
     std::vector<uint32_t> joints;
     std::vector<float> weights; ///< one for each joint; those of a vertex make 1
