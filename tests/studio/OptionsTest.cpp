@@ -30,6 +30,14 @@ bool isRefused(const QStringList& arguments)
     return !errorOf(arguments).empty();
 }
 
+/// A file of the sources.
+QString read(const QString& name)
+{
+    QFile file(HALVERN_STUDIO_SOURCE "/" + name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+    return QString::fromUtf8(file.readAll());
+}
+
 /// Such as "--frames".
 QSet<QString> optionsIn(const QString& text)
 {
@@ -159,10 +167,14 @@ TEST(OptionsTest, TheHelpNamesEveryOption)
 
 TEST(OptionsTest, TheManPageDescribesTheOptionsOfTheHelp)
 {
-    QFile file(HALVERN_STUDIO_MAN_PAGE);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QString page = QString::fromUtf8(file.readAll()).replace("\\-", "-");
+    const QString page = read("packaging/halvern-studio.1").replace("\\-", "-");
     const QString options = page.section(".SH OPTIONS", 1).section(".SH ", 0, 0);
     EXPECT_GE(optionsIn(helpText()).size(), 9);
     EXPECT_EQ(optionsIn(options), optionsIn(helpText()));
+}
+
+TEST(OptionsTest, TheReadmeNamesTheOptionsOfTheHelp)
+{
+    const QSet<QString> missing = optionsIn(helpText()) - optionsIn(read("README.md"));
+    EXPECT_EQ(missing, QSet<QString>({"--help", "--version"}));
 }
