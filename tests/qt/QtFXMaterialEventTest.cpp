@@ -47,6 +47,21 @@ public:
     int getParameterCount() override { throw std::runtime_error("broken"); }
 };
 
+/// Knows no material, and takes its time to find that out.
+class SlowManager : public FakeFXManager
+{
+public:
+    using FakeFXManager::FakeFXManager;
+    boost::shared_ptr<halvern::engine::fx::FXMaterial> getFXMaterial(std::string /*id*/) override
+    {
+        QTest::qSleep(1);
+        onFind();
+        return {};
+    }
+
+    std::function<void()> onFind;
+};
+
 class QtFXMaterialEventTest : public FXMaterialTest
 {
 protected:
@@ -209,14 +224,15 @@ TEST_F(QtFXMaterialEventTest, EventsThatNeverEndDoNotHoldAPaintForEver)
 
 TEST_F(QtFXMaterialEventTest, EventsThatTakeLongerThanOnePaintAreHandledInTheNextOnes)
 {
-    editor->open();
-    int left = 400;
-    material->onTechnique = [&] {
-        QTest::qSleep(1);
+    const auto slow = boost::make_shared<SlowManager>(log);
+    int left = 200;
+    slow->onFind = [&] {
         if (--left > 0)
-            send("EffectReloaded", "fx");
+            send("MaterialSelected", "unknown");
     };
-    send("MaterialSelected", "m");
+    editor->setFXManager(slow);
+    editor->open();
+    send("MaterialSelected", "unknown");
     EXPECT_TRUE(waitFor([&] { return left == 0; })) << left;
 }
 
