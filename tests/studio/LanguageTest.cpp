@@ -121,7 +121,7 @@ TEST_F(LanguageTest, QtSpeaksGermanToo)
     if (!folder.exists("qtbase_de.qm"))
         GTEST_SKIP() << "the package qttranslations5-l10n is not installed";
     speak("de");
-    EXPECT_EQ(QKeySequence(Qt::CTRL | Qt::Key_O).toString(QKeySequence::NativeText), "Strg+O");
+    EXPECT_EQ(QKeySequence("Ctrl+O").toString(QKeySequence::NativeText), "Strg+O");
 }
 
 TEST_F(LanguageTest, NoTwoEntriesOfAMenuHaveTheSameKey)
