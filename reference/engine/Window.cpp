@@ -140,7 +140,8 @@ void Window::Private::reloadEffects()
         effects = fx::EffectLibrary::of(sceneManager);
     for (const std::string& id : effects->takeChanged()) {
         try {
-            effects->reload(id);
+            for (const std::string& message : effects->reload(id))
+                fx::showEffectError(*events, message);
             events->triggerEvent("EffectReloaded", id);
         } catch (const fx::EffectError& error) {
             fx::showEffectError(*events, error.what());

@@ -86,6 +86,17 @@ TEST(FXMistakeTest, ACommaIsNamedSinceItWouldEndTheMessage)
     EXPECT_THAT(mistakesOf("float a = 1,5;"), ElementsAre(":1:12: expected ';'; not a comma"));
 }
 
+TEST(FXMistakeTest, APictureThatCannotBeReadIsNamedAndTheEffectIsUsedWithoutIt)
+{
+    const EffectFile file(
+        objectEffect("vec4(1.0)", "texture a = \"no.png\";\ntexture b;\n texture c = \"\";"));
+    FXStage stage;
+    stage.makeMaterial(file.path());
+    EXPECT_TRUE(stage.lastAdded);
+    EXPECT_THAT(stage.messages(),
+                ElementsAre(file.path() + ":1:9: expected a picture that can be read; not 'no.png'"));
+}
+
 TEST(FXMistakeTest, AFileThatIsTooLargeIsToldSo)
 {
     EXPECT_THAT(mistakesOf(objectEffect("vec4(1.0)") + std::string(256 * 1024, '\n')),

@@ -68,7 +68,7 @@ std::string readState(const StateWord<Value> (&words)[count], std::string_view t
         }
         known += (known.empty() ? "" : ", ") + std::string(word.name);
     }
-    return "expected one of " + known + ", not " + quoted(text);
+    return "expected one of " + known + ", not " + inQuotes(text);
 }
 
 std::optional<float> parseNumber(std::string_view text)
@@ -93,7 +93,7 @@ bool hasName(const std::vector<Element>& elements, std::string_view name)
 
 } // namespace
 
-std::string quoted(std::string_view text)
+std::string inQuotes(std::string_view text)
 {
     const char* i = text.data();
     const char* const last = i + text.size();
@@ -162,7 +162,7 @@ void EffectBuilder::beginVariable(Piece newType)
         return;
     const auto known = findType(type);
     if (!known)
-        fail(type, "unknown type " + quoted(type) +
+        fail(type, "unknown type " + inQuotes(type) +
                        "; expected float, float2, float3, float4, int, bool, texture or string");
     parameter.type = *known;
 }
@@ -180,7 +180,7 @@ void EffectBuilder::beginAnnotation(Piece newType)
     literals.clear();
     calledWord = {};
     if (newType != "string" && newType != "float" && newType != "int" && newType != "bool")
-        fail(newType, "an annotation is a string, a float, an int or a bool, not " + quoted(newType));
+        fail(newType, "an annotation is a string, a float, an int or a bool, not " + inQuotes(newType));
 }
 
 void EffectBuilder::setAnnotationName(Piece newName)
@@ -188,7 +188,7 @@ void EffectBuilder::setAnnotationName(Piece newName)
     annotation = {};
     annotation.name = newName;
     if (hasName(parameter.annotations, newName))
-        fail(newName, "a second annotation " + quoted(newName));
+        fail(newName, "a second annotation " + inQuotes(newName));
     limit(parameter.annotations.size() + 1, mostOthers, newName, "annotations");
 }
 
@@ -208,7 +208,7 @@ void EffectBuilder::endVariable()
     if (type == "string")
         return endScriptClass();
     if (effect->findParameter(parameter.name))
-        fail(name, "a second parameter " + quoted(name));
+        fail(name, "a second parameter " + inQuotes(name));
     if (parameter.type == ParameterType::Texture)
         parameter.file = literals.empty() ? "" : toText();
     else if (literals.empty())
@@ -266,7 +266,7 @@ void EffectBuilder::callWord()
     const Piece word = literals.back().text;
     literals.clear();
     if (!findType(word) || word == "texture")
-        fail(word, quoted(word) + " is no type of numbers");
+        fail(word, inQuotes(word) + " is no type of numbers");
     calledWord = word;
 }
 
@@ -275,17 +275,17 @@ float EffectBuilder::toNumber(const Literal& literal) const
     if (literal.kind == Literal::Kind::Word && (literal.text == "true" || literal.text == "false"))
         return literal.text == "true" ? 1 : 0;
     if (literal.kind != Literal::Kind::Number)
-        fail(literal.text, "expected a number, not " + quoted(literal.text));
+        fail(literal.text, "expected a number, not " + inQuotes(literal.text));
     const auto value = parseNumber(literal.text);
     if (!value)
-        fail(literal.text, "the number " + quoted(literal.text) + " is out of range");
+        fail(literal.text, "the number " + inQuotes(literal.text) + " is out of range");
     return *value;
 }
 
 std::vector<float> EffectBuilder::toNumbers(unsigned int wanted, const std::string& wantedType) const
 {
     if (!calledWord.empty() && calledWord != wantedType)
-        fail(calledWord, "expected " + wantedType + ", not " + quoted(calledWord));
+        fail(calledWord, "expected " + wantedType + ", not " + inQuotes(calledWord));
     std::vector<float> numbers;
     for (const Literal& literal : literals)
         numbers.push_back(toNumber(literal));
@@ -294,9 +294,9 @@ std::vector<float> EffectBuilder::toNumbers(unsigned int wanted, const std::stri
                                         (wanted == 1 ? " number" : " numbers") + ", not " +
                                         std::to_string(numbers.size()));
     if (wantedType == "int" && std::abs(numbers.front()) > mostInt)
-        fail(literals.front().text, "the number " + quoted(literals.front().text) + " is out of range");
+        fail(literals.front().text, "the number " + inQuotes(literals.front().text) + " is out of range");
     if (wantedType == "int" && std::trunc(numbers.front()) != numbers.front())
-        fail(literals.front().text, "expected a whole number, not " + quoted(literals.front().text));
+        fail(literals.front().text, "expected a whole number, not " + inQuotes(literals.front().text));
     if (wantedType == "bool")
         numbers.front() = numbers.front() != 0;
     return numbers;
@@ -305,14 +305,15 @@ std::vector<float> EffectBuilder::toNumbers(unsigned int wanted, const std::stri
 std::string EffectBuilder::toText() const
 {
     if (literals.size() != 1 || literals.front().kind != Literal::Kind::String)
-        fail(literals.front().text, "expected a text in double quotes, not " + quoted(literals.front().text));
+        fail(literals.front().text,
+             "expected a text in double quotes, not " + inQuotes(literals.front().text));
     return std::string(literals.front().text);
 }
 
 void EffectBuilder::beginTechnique(Piece newName)
 {
     if (hasName(effect->techniques, newName))
-        fail(newName, "a second technique " + quoted(newName));
+        fail(newName, "a second technique " + inQuotes(newName));
     limit(effect->techniques.size() + 1, mostOthers, newName, "techniques");
     technique = &effect->techniques.emplace_back();
     technique->place = placeOf(newName);
@@ -333,7 +334,7 @@ void EffectBuilder::beginPass(Piece keyword)
 void EffectBuilder::setPassName(Piece newName)
 {
     if (hasName(technique->passes, newName))
-        fail(newName, "a second pass " + quoted(newName));
+        fail(newName, "a second pass " + inQuotes(newName));
     pass->name = newName;
 }
 
@@ -358,10 +359,10 @@ void EffectBuilder::setState(Piece value)
     else if (stateName == "size") {
         state.size = parseNumber(value).value_or(0);
         if (state.size < 0.01f || state.size > 1)
-            message = "expected a number from 0.01 to 1, not " + quoted(value);
+            message = "expected a number from 0.01 to 1, not " + inQuotes(value);
     } else {
         fail(stateName,
-             "unknown state " + quoted(stateName) + "; expected blend, depth, cull, wireframe or size");
+             "unknown state " + inQuotes(stateName) + "; expected blend, depth, cull, wireframe or size");
     }
     if (!message.empty())
         fail(value, message);

@@ -8,7 +8,7 @@
 namespace halvern::engine::fx {
 
 /// A piece of a file for a message: in quotes, and no longer than a message may be.
-std::string quoted(std::string_view text);
+std::string inQuotes(std::string_view text);
 
 /// Behind the letter that begins here, which is of several bytes in other alphabets.
 const char* afterLetter(const char* i, const char* last);

@@ -1,7 +1,7 @@
 #include "reference/engine/fx/EffectFiles.h"
 
 #include "reference/engine/ImageDecoder.h"
-#include "reference/engine/fx/EffectSyntax.h"
+#include "reference/engine/fx/EffectBuilder.h"
 
 #include <boost/algorithm/string/case_conv.hpp>
 
@@ -94,6 +94,17 @@ std::shared_ptr<const scene::Image> readPicture(const std::string& fileName, con
     auto image = std::make_shared<scene::Image>(decodeImage(encoded, hint));
     image->name = fileName;
     return image->width > 0 ? image : nullptr;
+}
+
+std::vector<std::string> findMissingPictures(const EffectSyntax& effect)
+{
+    std::vector<std::string> messages;
+    for (const ParameterSyntax& each : effect.parameters)
+        if (!each.file.empty() && !readPicture(each.file, effect.fileName))
+            messages.push_back(EffectError(effect.fileName, each.place,
+                                           "expected a picture that can be read, not " + inQuotes(each.file))
+                                   .what());
+    return messages;
 }
 
 FileStamp getFileStamp(const std::string& fileName)

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace halvern::engine::fx {
 
@@ -23,6 +24,11 @@ std::string readEffectFile(const std::string& fileName);
 /// The picture in a file; a relative name is looked for as it stands, then beside the effect. Empty for what
 /// cannot be read.
 std::shared_ptr<const scene::Image> readPicture(const std::string& fileName, const std::string& effectFile);
+
+struct EffectSyntax;
+
+/// Messages about textures of the effect whose pictures cannot be read.
+std::vector<std::string> findMissingPictures(const EffectSyntax& effect);
 
 /// What tells one state of a file from another. Files that cannot be read are all alike.
 struct FileStamp

@@ -54,10 +54,10 @@ EffectLibrary::EffectLibrary() :
     standard(boost::make_shared<LoadedEffect>(scene::StandardEffectID, getStandardEffect()))
 {}
 
-void EffectLibrary::addEffect(const scene::Effect& effect)
+std::vector<std::string> EffectLibrary::addEffect(const scene::Effect& effect)
 {
     watch(effect.getID(), findEffectFile(effect.getFileName()));
-    reload(effect.getID());
+    return reload(effect.getID());
 }
 
 boost::shared_ptr<LoadedEffect> EffectLibrary::getEffect(const std::string& id)
@@ -122,7 +122,7 @@ EffectLibrary::makeMaterial(const boost::shared_ptr<scene::Material>& material)
     return materials.emplace(id, made).first->second;
 }
 
-void EffectLibrary::reload(const std::string& id)
+std::vector<std::string> EffectLibrary::reload(const std::string& id)
 {
     if (id == scene::StandardEffectID)
         watch(id, findEffectFile(standardFile));
@@ -134,6 +134,7 @@ void EffectLibrary::reload(const std::string& id)
         effects[id] = boost::make_shared<LoadedEffect>(id, syntax);
     }
     refreshMaterials(id);
+    return findMissingPictures(*syntax);
 }
 
 std::shared_ptr<const EffectSyntax> EffectLibrary::read(const std::string& id)

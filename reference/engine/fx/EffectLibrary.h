@@ -32,9 +32,10 @@ public:
     /// lives as long as the scene, or as somebody holds it.
     static boost::shared_ptr<EffectLibrary> of(const boost::shared_ptr<scene::SceneManager>& sceneManager);
 
-    /// Reads the effect's file. Throws EffectError; the file is watched all the same, and the effect comes in
-    /// when it is mended. GUI thread; with a context current the programs are tried out.
-    void addEffect(const scene::Effect& effect);
+    /// Reads the effect's file, and returns what is wrong with it though it can be used. Throws EffectError;
+    /// the file is watched all the same, and the effect comes in when it is mended. GUI thread; with a
+    /// context current the programs are tried out.
+    std::vector<std::string> addEffect(const scene::Effect& effect);
 
     /// Empty for an unknown ID and for an effect that cannot be used. GUI thread.
     boost::shared_ptr<LoadedEffect> getEffect(const std::string& id);
@@ -51,8 +52,8 @@ public:
     /// What the imported materials are drawn with.
     std::shared_ptr<const EffectSyntax> getStandard() const { return standard->getSyntax(); }
 
-    /// Reads the file again. Throws EffectError; then the effect stays what it was. GUI thread.
-    void reload(const std::string& id);
+    /// Reads the file again, likewise. Throws EffectError; then the effect stays what it was. GUI thread.
+    std::vector<std::string> reload(const std::string& id);
 
     /// Whether files changed since the last call, and which effects are theirs. Any thread.
     std::vector<std::string> takeChanged();

@@ -118,7 +118,7 @@ std::string found(Iterator i, Iterator last)
     Iterator tokenEnd = i;
     if (!x3::parse(tokenEnd, last, word | number))
         tokenEnd = afterLetter(i, last);
-    return quoted({i, size_t(tokenEnd - i)});
+    return inQuotes({i, size_t(tokenEnd - i)});
 }
 
 [[noreturn]] void report(const Builder& builder, Iterator where, Iterator last, const std::string& expected)

@@ -24,9 +24,9 @@ struct FXManager::Private : core::event::EventBase
 
     void changeParameter(const Event& event);
 
-    /// Does what may find a mistake in an effect, which is shown to the user. False if there is one.
-    template <class Function>
-    bool tryTo(Function function);
+    /// Loads an effect and shows the user what is wrong with it. False if it cannot be used.
+    template <class Load>
+    bool tryTo(Load load);
 
     const boost::shared_ptr<EffectLibrary> library;
 };
@@ -66,11 +66,12 @@ void FXManager::Private::changeParameter(const Event& event)
     triggerEvent("MaterialParameterUpdated", id + ", " + name);
 }
 
-template <class Function>
-bool FXManager::Private::tryTo(Function function)
+template <class Load>
+bool FXManager::Private::tryTo(Load load)
 {
     try {
-        function();
+        for (const std::string& message : load())
+            showEffectError(*this, message);
         return true;
     } catch (const EffectError& error) {
         showEffectError(*this, error.what());
@@ -87,7 +88,7 @@ FXManager::~FXManager() = default;
 
 bool FXManager::addEffect(boost::shared_ptr<scene::Effect> effect)
 {
-    return effect && d->tryTo([&] { d->library->addEffect(*effect); });
+    return effect && d->tryTo([&] { return d->library->addEffect(*effect); });
 }
 
 bool FXManager::addMaterial(boost::shared_ptr<scene::Material> material)
@@ -114,7 +115,7 @@ boost::shared_ptr<FXMaterial> FXManager::getFXMaterial(std::string id)
 
 bool FXManager::reloadEffect(boost::shared_ptr<FXEffect> effect)
 {
-    if (!effect || !d->tryTo([&] { d->library->reload(effect->getID()); }))
+    if (!effect || !d->tryTo([&] { return d->library->reload(effect->getID()); }))
         return false;
     d->triggerEvent("EffectReloaded", effect->getID());
     return true;
