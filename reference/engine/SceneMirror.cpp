@@ -208,6 +208,8 @@ void SceneMirror::readSurfaces(Record& record)
 {
     record.geometries.clear();
     const auto meshes = getGeometries(*record.node);
+    if (meshes.empty())
+        return;
     const auto skins = getSkins(*record.node);
     for (unsigned int i = 0; i < meshes.size(); ++i) {
         if (!meshes[i])
@@ -289,8 +291,8 @@ void SceneMirror::enter(Record& record, int parent)
     record.places = nextOfNode < 0 ? 1 : record.places + 1;
     record.reached = generation;
     record.entry = entry;
-    entries.push_back(
-        {record.node.get(), parent, entry + 1, nextOfNode, record.flags, 0, 0, record.local, record.local});
+    entries.push_back({record.node.get(), parent, entry + 1, nextOfNode, record.flags, 0, 0, moves,
+                       record.local, record.local});
     Entry& added = entries.back();
     if (parent >= 0) {
         added.flags |= entries[parent].flags;
@@ -356,8 +358,11 @@ int SceneMirror::findBone(const Node* node, int entry) const
 
 void SceneMirror::followBones()
 {
+    const auto isMoved = [this](int entry) { return entry >= 0 && entries[entry].moved == moves; };
     for (const SkinnedSurface& skinned : skinnedSurfaces) {
         Surface& surface = surfaces[skinned.surface];
+        if (!isMoved(surface.entry) && std::none_of(skinned.bones.begin(), skinned.bones.end(), isMoved))
+            continue;
         const Eigen::Affine3d worldToMesh = entries[surface.entry].world.inverse();
         const std::vector<scene::Skin::Bone>& bones = skinned.geometry->skin->bones;
         // A bone that is not in the graph stays where it was.
@@ -383,6 +388,7 @@ void SceneMirror::move(std::vector<int> moved)
 {
     // Parents come before what is below them, so one walk over each outermost range does.
     std::sort(moved.begin(), moved.end());
+    ++moves;
     for (int i : moved)
         entries[i].local = records.at(entries[i].node)->local;
     int done = 0;
@@ -397,6 +403,7 @@ void SceneMirror::move(std::vector<int> moved)
 
 void SceneMirror::place(Entry& entry)
 {
+    entry.moved = moves;
     entry.world = entry.parent < 0 ? entry.local : entries[entry.parent].world * entry.local;
     for (int s = entry.firstSurface; s < entry.endSurface; ++s) {
         placeSurface(surfaces[s]);

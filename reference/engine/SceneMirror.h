@@ -40,6 +40,7 @@ public:
         int nextOfNode;               ///< the next place of the same node, or -1
         unsigned int flags;           ///< NodeFlag bits, those of the parents included
         int firstSurface, endSurface; ///< its own
+        unsigned int moved;           ///< which of the mirror's moves placed it last
         Eigen::Affine3d local;
         Eigen::Affine3d world;
     };
@@ -138,6 +139,7 @@ private:
     std::vector<LightPlace> lights;
     std::vector<SkinnedSurface> skinnedSurfaces;
     unsigned int generation = 0;
+    unsigned int moves = 0;
     unsigned int casterVersion = 0;
 
     // Found when they are asked for.
