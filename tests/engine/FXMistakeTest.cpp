@@ -20,8 +20,8 @@ std::vector<std::string> mistakesOf(const std::string& text)
     stage.makeMaterial(file.path());
     std::vector<std::string> found;
     for (const std::string& message : stage.messages()) {
-        EXPECT_EQ(message.substr(0, file.path().size()), file.path());
-        found.push_back(message.substr(file.path().size()));
+        EXPECT_EQ(message.substr(0, 7), "test.fx");
+        found.push_back(message.substr(7));
     }
     return found;
 }
@@ -94,7 +94,7 @@ TEST(FXMistakeTest, APictureThatCannotBeReadIsNamedAndTheEffectIsUsedWithoutIt)
     stage.makeMaterial(file.path());
     EXPECT_TRUE(stage.lastAdded);
     EXPECT_THAT(stage.messages(),
-                ElementsAre(file.path() + ":1:9: expected a picture that can be read; not 'no.png'"));
+                ElementsAre("test.fx:1:9: expected a picture that can be read; not 'no.png'"));
 }
 
 TEST(FXMistakeTest, AFileThatIsTooLargeIsToldSo)
@@ -119,7 +119,7 @@ TEST(FXMistakeTest, ACombinationThatDoesNotCompileIsPlainAndHurtsNoOther)
     EXPECT_THAT(stage.messages(), IsEmpty());
     stage.setFloats(material, "one", {1});
     EXPECT_EQ(stage.draw(0, 0), plain);
-    EXPECT_THAT(stage.messages(), ElementsAre(file.path() + ":5:12: `nothing' undeclared"));
+    EXPECT_THAT(stage.messages(), ElementsAre("test.fx:5:12: `nothing' undeclared"));
     stage.setFloats(material, "two", {1});
     EXPECT_EQ(stage.draw(0, 0), QColor(Qt::green));
     node->setMaterial(stage.makeMaterial(red.path()), 0, 0);
