@@ -561,6 +561,14 @@ void QtView::paintEvent(QPaintEvent* event)
     guarded([&] { paintFrame(event); });
 }
 
+/// Qt would show the frame of before again, and drops what asks a hidden view for another.
+void QtView::showEvent(QShowEvent* event)
+{
+    QOpenGLWidget::showEvent(event);
+    if (std::exchange(shownBefore, true))
+        update();
+}
+
 void QtView::paintFrame(QPaintEvent* event)
 {
     if (!useCurrentContext())

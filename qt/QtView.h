@@ -167,6 +167,7 @@ protected:
 
     /// A whole frame: paintGL, then the overlays. No exception leaves it.
     void paintEvent(QPaintEvent* event) override;
+    void showEvent(QShowEvent* event) override;
 
     /** @{ */
     /// Hands the input to the window's logic manager, in logical pixels with y running upwards from the lower
@@ -309,6 +310,7 @@ private:
     const std::unique_ptr<OverlayText> statsText;
     const std::unique_ptr<OverlayText> cursorText;
     bool initializedBefore = false;
+    bool shownBefore = false;
     std::atomic<bool> updatePending{false};
 };
 

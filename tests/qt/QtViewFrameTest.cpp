@@ -4,6 +4,7 @@
 #include <QOpenGLFunctions>
 #include <QPainter>
 #include <QTest>
+#include <QVBoxLayout>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -472,4 +473,23 @@ TEST(QtViewFrameTest, GrabRunsTheFrameWithoutAPainter)
     view.setShowStats(true);
     view.grabFramebuffer();
     EXPECT_THAT(log.take(), ElementsAre("update", "render", "drawShadowMaps"));
+}
+
+TEST(QtViewFrameTest, AViewInAWindowThatIsShownAgainIsPainted)
+{
+    QWidget top;
+    ViewProbe view;
+    QVBoxLayout layout(&top);
+    layout.addWidget(&view);
+    showView(top);
+    settle();
+    top.hide();
+    settle();
+    view.update(); // gets lost
+    settle();
+    view.paints = 0;
+    top.show();
+    EXPECT_TRUE(waitFor([&] { return view.paints > 0; }));
+    settle();
+    EXPECT_EQ(view.paints, 1);
 }
