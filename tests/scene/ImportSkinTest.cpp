@@ -275,6 +275,27 @@ TEST_F(ImportSkinTest, AMeshOfWhichNoBoneIsThereHasNoSkin)
     EXPECT_EQ(imported.warnings.size(), 1u);
 }
 
+TEST_F(ImportSkinTest, AFrameMayBeCalledMesh)
+{
+    std::string text = xFile(skinWeights("A", "0,1,2", "1, 1, 1"));
+    text.replace(text.find("Body"), 4, "Mesh");
+    EXPECT_TRUE(skinOf(import("a.x", text), "Mesh"));
+}
+
+TEST_F(ImportSkinTest, AFileWhoseBonesMoveVerticesThatAreNotThereIsRefused)
+{
+    for (const std::string index : {"3", "77", "4000000000", "-1"}) {
+        try {
+            import("a.x",
+                   xFile(skinWeights("A", "0,1", "1, 1") + skinWeights("B { // 9", "2," + index, "1, 1")));
+            FAIL() << index;
+        } catch (const ImportError& error) {
+            EXPECT_THAT(error.what(),
+                        testing::HasSubstr("a.x: a bone moves vertex " + index + ", the mesh has 3"));
+        }
+    }
+}
+
 TEST_F(ImportSkinTest, OfNodesWithOneNameTheNearestRelativeIsTheBone)
 {
     // Two figures whose bones have the same names.

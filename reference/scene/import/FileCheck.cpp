@@ -8,10 +8,12 @@
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 namespace halvern::scene {
 
@@ -91,6 +93,81 @@ static void checkSkins(const std::string& fileName, const std::string& json)
     }
 }
 
+namespace {
+
+/// The words of a text file of DirectX: braces, quoted texts with the first quote, and what stands between
+/// separators. Empty at the end.
+class XWords
+{
+public:
+    explicit XWords(std::string newText) : text(std::move(newText)) {}
+
+    std::string next()
+    {
+        at = text.find_first_not_of(" \t\r\n,;", at);
+        while (at < text.size() && (text[at] == '#' || text.compare(at, 2, "//") == 0))
+            at = text.find_first_not_of(" \t\r\n,;", text.find('\n', at));
+        if (at >= text.size())
+            return {};
+        const size_t begin = at;
+        if (text[at] == '"')
+            at = text.find('"', at + 1);
+        else
+            at = isBrace(text[at]) ? at + 1 : text.find_first_of(" \t\r\n,;{}\"", at);
+        const std::string word = text.substr(begin, at - begin);
+        if (at < text.size() && text[at] == '"' && word.front() == '"')
+            ++at;
+        return word;
+    }
+
+    /// The first word inside of the braces that come next, after a name or none.
+    std::string nextInside()
+    {
+        const std::string first = next();
+        return first == "{" || next() == "{" ? next() : std::string();
+    }
+
+private:
+    static bool isBrace(char letter) { return letter == '{' || letter == '}'; }
+
+    const std::string text;
+    size_t at = 0;
+};
+
+} // namespace
+
+/// Assimp follows the vertices that the bones of an X file name, wherever they lie.
+static void checkBones(const std::string& fileName, std::istream& stream, uintmax_t size)
+{
+    constexpr size_t HeaderSize = 16; // "xof 0303txt 0032"
+    std::string text(HeaderSize, '\0');
+    stream.clear();
+    stream.seekg(0);
+    stream.read(&text[0], HeaderSize);
+    if (!stream || text.compare(0, 4, "xof ") != 0 || text.compare(8, 4, "txt ") != 0)
+        return;
+    text.resize(size);
+    stream.read(&text[0], static_cast<std::streamsize>(size - HeaderSize));
+    if (text.find("SkinWeights") == std::string::npos)
+        return;
+    XWords words(std::move(text));
+    unsigned long vertices = 0; // of the mesh that the words are in
+    for (std::string word = words.next(); !word.empty(); word = words.next()) {
+        while (word == "Mesh") { // which may be the name of a frame, too
+            word = words.nextInside();
+            vertices = std::strtoul(word.c_str(), nullptr, 10);
+        }
+        if (word != "SkinWeights" || words.nextInside().rfind('"', 0) != 0)
+            continue;
+        for (unsigned long count = std::strtoul(words.next().c_str(), nullptr, 10); count > 0; --count) {
+            const std::string index = words.next();
+            if (index.empty() || std::strtoul(index.c_str(), nullptr, 10) >= vertices)
+                throw ImportError(fileName + ": a bone moves vertex " + index + ", the mesh has " +
+                                  std::to_string(vertices));
+        }
+    }
+}
+
 void checkFile(const std::string& fileName)
 {
     std::error_code ignored;
@@ -110,6 +187,7 @@ void checkFile(const std::string& fileName)
         throw ImportError(fileName + ": the file is empty");
     checkCounts(fileName, stream, size);
     checkSkins(fileName, readGltfJson(fileName, stream, size));
+    checkBones(fileName, stream, size);
 }
 
 } // namespace halvern::scene
