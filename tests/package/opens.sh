@@ -5,7 +5,12 @@ set -euo pipefail
 "$@" &
 program=$!
 trap 'kill "$program" 2>/dev/null || true' EXIT
-timeout 60 xdotool search --sync --onlyvisible --pid "$program" >/dev/null
+# Asked again and again: windows that come and go while it looks are an error to xdotool.
+end=$((SECONDS + 60))
+until xdotool search --onlyvisible --pid "$program" >/dev/null 2>&1; do
+    [ "$SECONDS" -lt "$end" ]
+    sleep 0.1
+done
 kill -TERM "$program"
 status=0
 wait "$program" || status=$?
