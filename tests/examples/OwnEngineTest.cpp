@@ -272,6 +272,9 @@ TEST_F(OwnEngineTest, MaterialDroppedOnABoxIsPutOnIt)
     QMimeData mime;
     mime.setText("Blue");
     test::whileDraggedFrom(&panel, [&] {
+        // Only what was entered before is dropped on.
+        QDragEnterEvent enter(QPoint(100, 100), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
+        QCoreApplication::sendEvent(&view, &enter);
         QDropEvent drop(QPointF(100, 100), Qt::MoveAction, &mime, Qt::LeftButton, Qt::NoModifier);
         QCoreApplication::sendEvent(&view, &drop);
     });
