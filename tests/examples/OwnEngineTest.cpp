@@ -192,6 +192,9 @@ TEST_F(OwnEngineTest, TreeShowsItsNodesAndPropertiesWriteToThem)
         return findRow("Y", translation.siblingAtColumn(0));
     };
     ASSERT_TRUE(waitFor([&] { return y().data().toFloat() == -1; }));
+    // What moves the box without the property editor is shown there.
+    box->setTranslation(Eigen::Translation3f(0, 7, 0));
+    ASSERT_TRUE(waitFor([&] { return y().data().toFloat() == 7; }));
 
     properties.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&properties));
@@ -204,10 +207,6 @@ TEST_F(OwnEngineTest, TreeShowsItsNodesAndPropertiesWriteToThem)
     QTest::keyClicks(spinBox, "4");
     QTest::keyClick(spinBox, Qt::Key_Return);
     EXPECT_TRUE(waitFor([&] { return box->getTranslation().y() == 4; }));
-
-    // And back: what moves the box without the property editor is shown there.
-    box->setTranslation(Eigen::Translation3f(0, 7, 0));
-    EXPECT_TRUE(waitFor([&] { return y().data().toFloat() == 7; }));
 }
 
 TEST_F(OwnEngineTest, ClickSelectsTheBoxUnderItAndABoxlessPlaceNothing)
