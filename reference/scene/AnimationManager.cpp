@@ -253,11 +253,12 @@ void AnimationManager::addAnimationCamera()
         return;
     if (place && place->node == node)
         move(*node, {place->translation, place->rotation, {}});
+    const Pose pose = poseOf(*node);
     edit(*animation, [&](AnimationKeys& keys) {
         std::vector<float> keyframes = keys.times();
         if (keyframes.empty())
             keyframes.push_back(0);
-        keys.add(node->getID(), poseOf(*node), keyframes).goesWithView = true;
+        keys.add(node->getID(), pose, keyframes).goesWithView = true;
     });
 }
 
@@ -283,9 +284,10 @@ bool AnimationManager::paused()
 bool setView(AnimationManager& animations, const std::optional<CameraPlace>& place)
 {
     auto& data = Internals::of(animations);
+    std::optional<CameraPlace> view = place; // the one before goes after the lock
     {
         std::lock_guard lock(data.mutex);
-        data.view = place;
+        data.view.swap(view);
     }
     if (!place || !animations.paused() || !data.goesWithView(*place->node))
         return false;
