@@ -296,6 +296,17 @@ TEST_F(ImportSkinTest, AFileWhoseBonesMoveVerticesThatAreNotThereIsRefused)
     }
 }
 
+TEST_F(ImportSkinTest, BonesAreHeldAgainstTheMeshThatTheyAreIn)
+{
+    const std::string beyond = skinWeights("A", "77", "1");
+    EXPECT_THROW(import("a.x", xFile("Unknown { Mesh { 99; } }\n" + beyond)), ImportError);
+    EXPECT_TRUE(
+        skinOf(import("a.x", xFile("Unknown { Mesh { 1; } }\n" + skinWeights("A", "2", "1"))), "Body"));
+    std::string text = xFile(beyond);
+    text.replace(text.find("3; 0;0;0;"), 1, "4294967299"); // which is 3 in 32 bits
+    EXPECT_THROW(import("a.x", text), ImportError);
+}
+
 TEST_F(ImportSkinTest, OfNodesWithOneNameTheNearestRelativeIsTheBone)
 {
     // Two figures whose bones have the same names.

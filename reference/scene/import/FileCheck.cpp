@@ -14,6 +14,7 @@
 #include <fstream>
 #include <sstream>
 #include <utility>
+#include <vector>
 
 namespace halvern::scene {
 
@@ -115,6 +116,10 @@ public:
         else
             at = isBrace(text[at]) ? at + 1 : text.find_first_of(" \t\r\n,;{}\"", at);
         const std::string word = text.substr(begin, at - begin);
+        if (word == "{")
+            ++depth;
+        else if (word == "}" && depth > 0)
+            --depth;
         if (at < text.size() && text[at] == '"' && word.front() == '"')
             ++at;
         return word;
@@ -127,11 +132,15 @@ public:
         return first == "{" || next() == "{" ? next() : std::string();
     }
 
+    /// How many braces are open behind the last word.
+    size_t getDepth() const { return depth; }
+
 private:
     static bool isBrace(char letter) { return letter == '{' || letter == '}'; }
 
     const std::string text;
     size_t at = 0;
+    size_t depth = 0;
 };
 
 } // namespace
@@ -151,12 +160,16 @@ static void checkBones(const std::string& fileName, std::istream& stream, uintma
     if (text.find("SkinWeights") == std::string::npos)
         return;
     XWords words(std::move(text));
-    unsigned long vertices = 0; // of the mesh that the words are in
+    std::vector<unsigned long> counts; // of the vertices of the meshes that the words are in, by depth
     for (std::string word = words.next(); !word.empty(); word = words.next()) {
         while (word == "Mesh") { // which may be the name of a frame, too
             word = words.nextInside();
-            vertices = std::strtoul(word.c_str(), nullptr, 10);
+            const unsigned long count = std::strtoul(word.c_str(), nullptr, 10);
+            counts.resize(words.getDepth() + 1);
+            counts.back() = count <= size ? count : 0; // Assimp takes 32 bits of it
         }
+        const size_t depth = words.getDepth();
+        const unsigned long vertices = depth < counts.size() ? counts[depth] : 0;
         if (word != "SkinWeights" || words.nextInside().rfind('"', 0) != 0)
             continue;
         for (unsigned long count = std::strtoul(words.next().c_str(), nullptr, 10); count > 0; --count) {
