@@ -49,6 +49,18 @@ std::set<std::string> namesOfBones(const aiScene& scene)
     return names;
 }
 
+/// Assimp may quote all that is left of a file.
+std::string shorten(std::string reason)
+{
+    constexpr size_t Longest = 300;
+    if (reason.size() <= Longest)
+        return reason;
+    size_t end = Longest;
+    while (end > 0 && (reason[end] & 0xC0) == 0x80) // not inside of a letter
+        --end;
+    return reason.substr(0, end) + "...";
+}
+
 /// Throws unless Assimp has a scene.
 void check(const Assimp::Importer& importer, const ImportProgress& progress, const std::string& fileName)
 {
@@ -56,7 +68,7 @@ void check(const Assimp::Importer& importer, const ImportProgress& progress, con
     if (importer.GetScene())
         return;
     const std::string reason = importer.GetErrorString();
-    throw ImportError(fileName + ": " + (reason.empty() ? "cannot be read" : reason));
+    throw ImportError(fileName + ": " + (reason.empty() ? "cannot be read" : shorten(reason)));
 }
 
 ImportedScene read(const std::string& fileName, const ImportOptions& options)

@@ -76,6 +76,14 @@ TEST_F(ImporterTest, AnErrorNamesTheFileAndTheReason)
     EXPECT_THAT(errorOf(folder.write("a.gltf", "{\"asset\":")), StartsWith(folderName + "/a.gltf: "));
 }
 
+TEST_F(ImporterTest, AnErrorDoesNotQuoteTheWholeFile)
+{
+    const std::string text = "xof 0303txt 0032\nFrame A { FrameTransformMatrix { " + std::string(10000, 'x');
+    const std::string error = errorOf(folder.write("a.x", text));
+    EXPECT_THAT(error, HasSubstr("xxx..."));
+    EXPECT_LT(error.size(), folder.path.string().size() + 400);
+}
+
 TEST_F(ImporterTest, AMissingBufferIsAnError)
 {
     const std::string file =
