@@ -307,6 +307,56 @@ TEST_F(ImportSkinTest, BonesAreHeldAgainstTheMeshThatTheyAreIn)
     EXPECT_THROW(import("a.x", text), ImportError);
 }
 
+/// A triangle whose first vertex, or another, follows the bone "A", in the binary format X.
+std::string binaryXFile(uint32_t vertex)
+{
+    std::string bytes = "xof 0303bin 0032";
+    const auto add = [&](auto number) {
+        bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+    };
+    const auto addText = [&](uint16_t token, const std::string& text) {
+        add(token);
+        add(static_cast<uint32_t>(text.size()));
+        bytes += text;
+    };
+    const auto addNumbers = [&](uint16_t token, const auto& numbers) {
+        add(token);
+        add(static_cast<uint32_t>(numbers.size()));
+        for (const auto number : numbers)
+            add(number);
+    };
+    const auto open = [&](const char* kind) {
+        addText(1, kind);
+        add(uint16_t(10));
+    };
+    const auto close = [&] { add(uint16_t(11)); };
+    addText(1, "Frame");
+    open("A");
+    close();
+    addText(1, "Frame");
+    open("Body");
+    open("Mesh");
+    addNumbers(6, std::vector<uint32_t>{3});
+    addNumbers(7, std::vector<float>{0, 0, 0, 1, 0, 0, 0, 1, 0});
+    addNumbers(6, std::vector<uint32_t>{1, 3, 0, 1, 2});
+    open("SkinWeights");
+    addText(2, "A");
+    add(uint16_t(20));
+    addNumbers(6, std::vector<uint32_t>{1, vertex});
+    addNumbers(7, std::vector<float>{1, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+    close();
+    close();
+    close();
+    return bytes;
+}
+
+TEST_F(ImportSkinTest, BonesOfBinaryFilesAreCheckedToo)
+{
+    EXPECT_TRUE(skinOf(import("a.x", binaryXFile(2)), "Body"));
+    EXPECT_THROW(import("a.x", binaryXFile(3)), ImportError);
+    EXPECT_THROW(import("a.x", binaryXFile(0x7fffff0)), ImportError);
+}
+
 TEST_F(ImportSkinTest, OfNodesWithOneNameTheNearestRelativeIsTheBone)
 {
     // Two figures whose bones have the same names.

@@ -143,23 +143,108 @@ private:
     size_t depth = 0;
 };
 
+constexpr size_t XHeaderSize = 16; // "xof 0303txt 0032"
+
+/// The words of a binary file of DirectX, as a text file has them; numbers of the type float are left out.
+class XTokens
+{
+public:
+    explicit XTokens(const std::string& newBytes) : bytes(newBytes) {}
+
+    std::string toText()
+    {
+        while (at < bytes.size())
+            addToken();
+        return text;
+    }
+
+private:
+    enum Token {
+        Name = 1,
+        String = 2,
+        Integer = 3,
+        Guid = 5,
+        Integers = 6,
+        Floats = 7,
+        Open = 10,
+        Close = 11
+    };
+
+    void addToken()
+    {
+        switch (read<std::uint16_t>()) {
+        case Name:
+            text += take(read<std::uint32_t>()) + ' ';
+            break;
+        case String:
+            text += '"' + take(read<std::uint32_t>()) + "\" ";
+            skip(2); // the token that ends it
+            break;
+        case Integer:
+            text += std::to_string(read<std::uint32_t>()) + ' ';
+            break;
+        case Guid:
+            skip(16);
+            break;
+        case Integers:
+            for (auto count = read<std::uint32_t>(); count > 0 && at < bytes.size(); --count)
+                text += std::to_string(read<std::uint32_t>()) + ' ';
+            break;
+        case Floats:
+            skip(size_t(read<std::uint32_t>()) * (bytes.compare(12, 4, "0064") == 0 ? 8 : 4));
+            break;
+        case Open:
+            text += "{ ";
+            break;
+        case Close:
+            text += "} ";
+            break;
+        }
+    }
+
+    /// 0 behind the end.
+    template <class Number>
+    Number read()
+    {
+        Number number = 0;
+        if (bytes.size() - at >= sizeof number)
+            std::memcpy(&number, &bytes[at], sizeof number);
+        skip(sizeof number);
+        return number;
+    }
+
+    std::string take(size_t count)
+    {
+        const std::string taken = bytes.substr(at, count);
+        skip(count);
+        return taken;
+    }
+
+    void skip(size_t count) { at += std::min(count, bytes.size() - at); }
+
+    const std::string& bytes;
+    std::string text;
+    size_t at = XHeaderSize;
+};
+
 } // namespace
 
 /// Assimp follows the vertices that the bones of an X file name, wherever they lie.
 static void checkBones(const std::string& fileName, std::istream& stream, uintmax_t size)
 {
-    constexpr size_t HeaderSize = 16; // "xof 0303txt 0032"
-    std::string text(HeaderSize, '\0');
+    std::string text(XHeaderSize, '\0');
     stream.clear();
     stream.seekg(0);
-    stream.read(&text[0], HeaderSize);
-    if (!stream || text.compare(0, 4, "xof ") != 0 || text.compare(8, 4, "txt ") != 0)
+    stream.read(&text[0], XHeaderSize);
+    const bool isBinary = text.compare(8, 4, "bin ") == 0;
+    const bool isCompressed = !isBinary && text.compare(8, 4, "txt ") != 0; // not looked into
+    if (!stream || text.compare(0, 4, "xof ") != 0 || isCompressed)
         return;
     text.resize(size);
-    stream.read(&text[0], static_cast<std::streamsize>(size - HeaderSize));
+    stream.read(&text[XHeaderSize], static_cast<std::streamsize>(size - XHeaderSize));
     if (text.find("SkinWeights") == std::string::npos)
         return;
-    XWords words(std::move(text));
+    XWords words(isBinary ? XTokens(text).toText() : std::move(text));
     std::vector<unsigned long> counts; // of the vertices of the meshes that the words are in, by depth
     for (std::string word = words.next(); !word.empty(); word = words.next()) {
         while (word == "Mesh") { // which may be the name of a frame, too
