@@ -115,7 +115,7 @@ public:
             at = text.find('"', at + 1);
         else
             at = isBrace(text[at]) ? at + 1 : text.find_first_of(" \t\r\n,;{}\"", at);
-        const std::string word = text.substr(begin, at - begin);
+        std::string word = text.substr(begin, at - begin);
         if (word == "{")
             ++depth;
         else if (word == "}" && depth > 0)
@@ -215,7 +215,7 @@ private:
 
     std::string take(size_t count)
     {
-        const std::string taken = bytes.substr(at, count);
+        std::string taken = bytes.substr(at, count);
         skip(count);
         return taken;
     }
