@@ -57,7 +57,8 @@ public:
     virtual void removeKeyFrame(boost::shared_ptr<Animation> animation, float seconds);
 
     /// Takes the node of the active camera ("ActiveCamera", else the scene's first) into the current
-    /// animation, as it stands, with the keyframes there are, or one at 0.
+    /// animation, where the user looks from, with the keyframes there are, or one at 0. While the animation
+    /// is paused the node goes along with the user's view, to be recorded in further keyframes.
     virtual void addAnimationCamera();
 
     /** @{ */

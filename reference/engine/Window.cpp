@@ -72,7 +72,7 @@ struct Window::Private : ControlledScene
     void syncScene();
     void activateCamera(const std::string& sid);
     void followCamera();
-    void leadCamera();
+    bool tellView(const std::optional<scene::CameraPlace>& place);
     std::optional<scene::CameraPlace> placeOfView() const;
     void makeFXManager();
     void answer(const PickRequest& request);
@@ -177,21 +177,22 @@ void Window::Private::followCamera()
     if (!activeCamera || !activeCamera->getNode() || !activeCamera->getCamera()) {
         if (camera.isFollowing())
             camera.frame(mirror->getBounds());
+        tellView({});
         return;
     }
     const scene::Camera& lens = *activeCamera->getCamera();
     const Eigen::Affine3d pose(getCameraPose(lens).matrix().cast<double>());
     camera.follow(mirror->getWorld(*activeCamera->getNode()) * pose,
                   {lens.getZNear(), lens.getZFar(), lens.getYFov()});
-    leadCamera();
+    if (tellView(placeOfView()))
+        camera.reset(); // the animations moved the camera to where the user looks from
 }
 
-/// Lets the animations record where the user looks from, and follows the camera again that they moved there.
-void Window::Private::leadCamera()
+/// Lets the animations record where the user looks from. Whether they moved the active camera there.
+bool Window::Private::tellView(const std::optional<scene::CameraPlace>& place)
 {
-    const auto animations = sceneManager->getAnimationManager();
-    if (animations && scene::setView(*animations, placeOfView()))
-        camera.reset();
+    const auto animations = sceneManager ? sceneManager->getAnimationManager() : nullptr;
+    return animations && scene::setView(*animations, place);
 }
 
 /// Where the active camera's node would have to stand to look as the user does; nothing if it stands there.
@@ -230,6 +231,7 @@ void Window::Private::answer(const PickRequest& request)
 
 void Window::Private::forgetScene()
 {
+    tellView({});
     mirror.reset();
     effects.reset();
     lights->clear();

@@ -9,6 +9,7 @@ trap 'kill "$program" 2>/dev/null || true' EXIT
 end=$((SECONDS + 60))
 until xdotool search --onlyvisible --pid "$program" >/dev/null 2>&1; do
     [ "$SECONDS" -lt "$end" ]
+    kill -0 "$program" # it may have ended by itself
     sleep 0.1
 done
 kill -TERM "$program"

@@ -3,7 +3,6 @@
 #include "engine/scene/Node.h"
 
 #include <algorithm>
-#include <unordered_set>
 
 namespace halvern::scene {
 
@@ -31,24 +30,24 @@ boost::shared_ptr<Node> BoneFinder::find(const std::string& name, const Node& ca
     const auto& candidates = found->second;
     if (candidates.size() == 1)
         return candidates.front();
-    return *std::min_element(candidates.begin(), candidates.end(), [&](const auto& a, const auto& b) {
-        return distance(*a, carrier) < distance(*b, carrier);
-    });
+    std::unordered_map<const Node*, unsigned> levels; // of the carrier and what is above it
+    for (const Node* up = &carrier; up; up = parentOf(up))
+        levels.emplace(up, unsigned(levels.size()));
+    // How far above the carrier the first node is that both are below.
+    const auto distance = [&](const boost::shared_ptr<Node>& node) {
+        const Node* up = node.get();
+        while (up && levels.count(up) == 0)
+            up = parentOf(up);
+        return up ? levels.at(up) : unsigned(levels.size());
+    };
+    return *std::min_element(candidates.begin(), candidates.end(),
+                             [&](const auto& a, const auto& b) { return distance(a) < distance(b); });
 }
 
-unsigned BoneFinder::distance(const Node& node, const Node& carrier) const
+const Node* BoneFinder::parentOf(const Node* node) const
 {
-    const auto parentOf = [this](const Node* child) {
-        const auto found = parents.find(child);
-        return found != parents.end() ? found->second : nullptr;
-    };
-    std::unordered_set<const Node*> above;
-    for (const Node* up = &node; up; up = parentOf(up))
-        above.insert(up);
-    unsigned levels = 0;
-    for (const Node* up = &carrier; up && above.count(up) == 0; up = parentOf(up))
-        ++levels;
-    return levels;
+    const auto found = parents.find(node);
+    return found != parents.end() ? found->second : nullptr;
 }
 
 } // namespace halvern::scene

@@ -22,8 +22,7 @@ public:
     boost::shared_ptr<Node> find(const std::string& name, const Node& carrier) const;
 
 private:
-    /// How many levels above the carrier the first node is that both are below.
-    unsigned distance(const Node& node, const Node& carrier) const;
+    const Node* parentOf(const Node* node) const;
 
     std::unordered_map<std::string, std::vector<boost::shared_ptr<Node>>> nodes; // depth first
     std::unordered_map<const Node*, const Node*> parents;
