@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace halvern::scene {
 
@@ -284,11 +285,10 @@ bool AnimationManager::paused()
 bool setView(AnimationManager& animations, const std::optional<CameraPlace>& place)
 {
     auto& data = Internals::of(animations);
-    std::optional<CameraPlace> view = place; // the one before goes after the lock
-    {
+    const auto before = [&] { // goes after the lock
         std::lock_guard lock(data.mutex);
-        data.view.swap(view);
-    }
+        return std::exchange(data.view, place);
+    }();
     if (!place || !animations.paused() || !data.goesWithView(*place->node))
         return false;
     move(*place->node, {place->translation, place->rotation, {}});
