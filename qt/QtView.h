@@ -167,6 +167,8 @@ protected:
 
     /// A whole frame: paintGL, then the overlays. No exception leaves it.
     void paintEvent(QPaintEvent* event) override;
+
+    /// Asks for a new frame, but for the first time, when one comes anyway.
     void showEvent(QShowEvent* event) override;
 
     /** @{ */
